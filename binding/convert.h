@@ -1,0 +1,26 @@
+// Ruby values at the boundary. Checks that can raise come first and build no
+// C++ object; the C++ values are made afterwards by calls that cannot raise.
+#pragma once
+
+#include <ruby.h>
+
+#include <cstdint>
+#include <string>
+
+namespace velmar {
+
+// The String itself (or what to_str gives); TypeError for anything else.
+VALUE string_argument(VALUE value);
+// NUM2INT's conversion: TypeError or RangeError for what does not fit 32 bits.
+int32_t int32_argument(VALUE value);
+// Only true is on.
+inline bool bool_argument(VALUE value) {
+  return value == Qtrue;
+}
+
+// The text of a String checked by string_argument, as valid UTF-8 up to its first NUL.
+std::string utf8_text(VALUE string);
+// A new String tagged UTF-8.
+VALUE utf8_string(const std::string &text);
+
+} // namespace velmar

@@ -1,0 +1,93 @@
+#include "binding/observers.h"
+
+#include "binding/convert.h"
+#include "binding/script_call.h"
+#include "panel/events.h"
+
+namespace velmar {
+
+static VALUE options_panel_observers = Qnil;
+
+struct Delivery {
+  VALUE observer;
+  ID method;
+  VALUE payload;
+};
+
+static VALUE deliver_to(VALUE argument) {
+  const auto *delivery = reinterpret_cast<const Delivery *>(argument);
+  if (rb_respond_to(delivery->observer, delivery->method))
+    rb_funcall(delivery->observer, delivery->method, 1, delivery->payload);
+  return Qnil;
+}
+
+// Any jump out of Ruby code (raise, throw, exit) stops here, not in our frames.
+static void protect(VALUE (*body)(VALUE), VALUE argument) {
+  int state = 0;
+  rb_protect(body, argument, &state);
+  if (!state)
+    return;
+  VALUE error = rb_errinfo();
+  rb_set_errinfo(Qnil);
+  if (rb_obj_is_kind_of(error, rb_eException))
+    observer_failed(error);
+}
+
+void notify_options_window_observer(const char *event, VALUE payload) {
+  ID method = rb_intern(event);
+  long count = RARRAY_LEN(options_panel_observers);
+  for (long i = 0; i < count; ++i) {
+    Delivery delivery{rb_ary_entry(options_panel_observers, i), method, payload};
+    protect(deliver_to, reinterpret_cast<VALUE>(&delivery));
+  }
+  RB_GC_GUARD(payload);
+}
+
+static VALUE ruby_value(const EventValue &value) {
+  if (const auto *text = std::get_if<std::string>(&value))
+    return utf8_string(*text);
+  if (const auto *number = std::get_if<int32_t>(&value))
+    return INT2NUM(*number);
+  return rb_float_new(std::get<double>(value));
+}
+
+struct PanelEvent {
+  const char *name;
+  const EventValues *values;
+};
+
+static VALUE deliver_panel_event(VALUE argument) {
+  const auto *event = reinterpret_cast<const PanelEvent *>(argument);
+  VALUE payload = rb_ary_new_capa(static_cast<long>(event->values->size()));
+  for (const EventValue &value : *event->values)
+    rb_ary_push(payload, ruby_value(value));
+  notify_options_window_observer(event->name, payload);
+  return Qnil;
+}
+
+// The panel calls this from inside the toolkit's frames.
+static void panel_event_sink(const char *name, const EventValues &values) {
+  PanelEvent event{name, &values};
+  protect(deliver_panel_event, reinterpret_cast<VALUE>(&event));
+}
+
+void init_observers() {
+  rb_global_variable(&options_panel_observers);
+  options_panel_observers = rb_ary_new();
+  set_event_sink(panel_event_sink);
+}
+
+VALUE _options_panel_observe(VALUE, VALUE observer) {
+  rb_ary_push(options_panel_observers, observer);
+  return Qtrue;
+}
+
+VALUE _set_environment_show_render_all(VALUE, VALUE value) {
+  VALUE payload = rb_ary_new_from_values(1, &value);
+  return raise_or_true(attempt([=] {
+    notify_options_window_observer("options_changed_show_render_all", payload);
+    return panel::Outcome();
+  }));
+}
+
+} // namespace velmar

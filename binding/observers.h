@@ -1,0 +1,19 @@
+// The observer list and the delivery of events to it.
+#pragma once
+
+#include <ruby.h>
+
+namespace velmar {
+
+// Makes the empty observer list and lets the panel's events reach it.
+void init_observers();
+
+// Calls the public method named after the event on every observer that has
+// one, in the order of registration, with the one payload Array. An observer
+// that raises does not stop the others.
+void notify_options_window_observer(const char *event, VALUE payload);
+
+VALUE _options_panel_observe(VALUE self, VALUE observer);
+VALUE _set_environment_show_render_all(VALUE self, VALUE value);
+
+} // namespace velmar

@@ -1,0 +1,61 @@
+#include "binding/script_call.h"
+
+#include "binding/text_table.h"
+
+namespace velmar {
+
+// One slot per script method in progress, innermost last; each holds the
+// first observer exception of its call, or nil.
+static VALUE held_exceptions = Qnil;
+
+static VALUE held_list() {
+  if (NIL_P(held_exceptions)) {
+    rb_global_variable(&held_exceptions);
+    held_exceptions = rb_ary_new();
+  }
+  return held_exceptions;
+}
+
+void begin_script_call() {
+  rb_ary_push(held_list(), Qnil);
+}
+
+static VALUE toolkit_error(const panel::ToolkitFailure &failure) {
+  std::string message = failure.name + ": " + failure.reason;
+  return rb_exc_new(rb_eRuntimeError, message.data(), static_cast<long>(message.size()));
+}
+
+VALUE end_script_call(const panel::Outcome &outcome) {
+  VALUE held = rb_ary_pop(held_list());
+  if (!outcome)
+    return held;
+  if (!NIL_P(held))
+    observer_failed(held);
+  return toolkit_error(*outcome);
+}
+
+static VALUE write_report(VALUE exception) {
+  VALUE message = rb_funcall(exception, rb_intern("full_message"), 0);
+  return rb_funcall(rb_gv_get("$stderr"), rb_intern("write"), 1, message);
+}
+
+void observer_failed(VALUE exception) {
+  VALUE list = held_list();
+  long depth = RARRAY_LEN(list);
+  if (depth > 0 && NIL_P(rb_ary_entry(list, depth - 1))) {
+    rb_ary_store(list, depth - 1, exception);
+    return;
+  }
+  int state = 0;
+  rb_protect(write_report, exception, &state);
+  if (state)
+    rb_set_errinfo(Qnil);
+}
+
+void ensure_panel() {
+  if (!panel::is_built())
+    provide_panel_texts();
+  raise_or_true(attempt([] { return panel::fetch(); }));
+}
+
+} // namespace velmar

@@ -1,0 +1,36 @@
+// How a script method drives the panel without letting an exception of one
+// world unwind through the frames of the other: the panel work runs first and
+// returns a value; only once every C++ and toolkit frame is gone does the
+// handler raise, either the toolkit's failure or an observer's exception.
+#pragma once
+
+#include "panel/panel_api.h"
+
+#include <ruby.h>
+
+namespace velmar {
+
+// Observer exceptions raised during a script method are held for it to re-raise.
+void begin_script_call();
+// Closes the innermost call; returns the exception to raise, or Qnil.
+VALUE end_script_call(const panel::Outcome &outcome);
+// An observer raised: held by the innermost script call, else reported on $stderr
+// as an unhandled exception would be, since a user's action has no caller to tell.
+void observer_failed(VALUE exception);
+
+// Runs an operation that returns a panel::Outcome; returns the exception to raise, or Qnil.
+template <typename Operation> VALUE attempt(Operation operation) {
+  begin_script_call();
+  return end_script_call(operation());
+}
+
+inline VALUE raise_or_true(VALUE exception) {
+  if (!NIL_P(exception))
+    rb_exc_raise(exception);
+  return Qtrue;
+}
+
+// Fetches the controller, building the panel from the text table on first use.
+void ensure_panel();
+
+} // namespace velmar

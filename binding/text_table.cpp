@@ -1,0 +1,51 @@
+#include "binding/text_table.h"
+
+#include "binding/convert.h"
+#include "binding/script_call.h"
+#include "panel/panel_api.h"
+
+namespace velmar {
+
+static VALUE myHashValues = Qnil;
+
+void init_text_table() {
+  rb_global_variable(&myHashValues);
+}
+
+VALUE initialize(VALUE self, VALUE table) {
+  myHashValues = table;
+  return self;
+}
+
+// Looks every key up first: a Hash's default proc may run any Ruby code and
+// raise, and no C++ text may be half-built when it does.
+static VALUE fetch_texts() {
+  VALUE values = rb_ary_new_capa(kTextKeyCount);
+  bool is_table = RB_TYPE_P(myHashValues, T_HASH);
+  for (const char *key : kTextKeys)
+    rb_ary_push(values, is_table ? rb_hash_aref(myHashValues, rb_str_new_cstr(key)) : Qnil);
+  return values;
+}
+
+static PanelTexts texts_from(VALUE values) {
+  PanelTexts texts;
+  for (long i = 0; i < kTextKeyCount; ++i) {
+    VALUE value = rb_ary_entry(values, i);
+    texts[i] = RB_TYPE_P(value, T_STRING) ? utf8_text(value) : kTextKeys[i];
+  }
+  return texts;
+}
+
+void provide_panel_texts() {
+  VALUE values = fetch_texts();
+  panel::provide_texts(texts_from(values));
+  RB_GC_GUARD(values);
+}
+
+VALUE _options_panel_title_assign(VALUE, VALUE title) {
+  ensure_panel();
+  string_argument(title);
+  return Qtrue;
+}
+
+} // namespace velmar

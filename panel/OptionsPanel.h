@@ -1,0 +1,107 @@
+// The one controller of the options panel. Its instance variables are the
+// panel's controls, under the names that the rules and the apply step use.
+#pragma once
+
+#import "platform/platform.h"
+
+#include "panel/text_keys.h"
+
+@interface OptionsPanel
+    : NSWindowController <NSWindowDelegate, NSTextFieldDelegate, NSComboBoxDelegate> {
+@public
+  NSButton *m_pButton;
+  NSButton *m_cButton;
+  NSButton *mySOLCButton;
+  NSButton *myCausticsCButton;
+  NSButton *myClayCButton;
+  NSButton *myGCCButton;
+  NSButton *myIBCButton;
+  NSButton *myTCCButton;
+  NSButton *myAMCButton;
+  NSButton *myTransCButton;
+  NSButton *myDirButton;
+  NSPanel *window;
+  NSComboBox *myPresetCombo;
+  NSTabView *myTabView;
+  NSSlider *myIntensitySlider;
+  NSSlider *myExposureSlider;
+  NSComboBox *mySizeCombo;
+  NSTextField *myWidthValueText;
+  NSTextField *myHeightValueText;
+  NSTextField *mySaveLocText;
+  NSMatrix *aISLMatrix;
+  NSMatrix *aImageSizeMatrix;
+  NSMatrix *aImageTypeLMatrix;
+  NSMatrix *matrix;
+  NSArray *myPresets;
+  int32_t myVWidthINTValue;
+  int32_t myVHeightINTValue;
+  // Set while the controller itself selects in mySizeCombo: the toolkit reports
+  // those selections too, and only the user's pick may run the size-preset rule.
+  BOOL selectingSizeItem;
+}
+
++ (instancetype)sharedController;
++ (BOOL)isBuilt;
+// The texts the panel takes when it is built; until given, each key shows itself.
++ (void)useTexts:(const velmar::PanelTexts &)texts;
+
+- (instancetype)init;
+- (void)windowWillClose:(NSNotification *)notification;
+- (void)onCloseClicked;
+- (void)processEvents;
+
+// What the script methods show and close the panel with.
+- (void)showPanel;
+- (void)closePanel;
+@end
+
+// Construction of each tab (one file each).
+@interface OptionsPanel (ImageTab)
+- (NSView *)buildImageTabWithTexts:(NSArray *)texts font:(NSFont *)headingFont;
+@end
+
+@interface OptionsPanel (EnvironmentTab)
+// Returns the tab's visible controls in stacking order; the caching box is not among them.
+- (NSArray *)buildEnvironmentControlsWithTexts:(NSArray *)texts font:(NSFont *)headingFont;
+@end
+
+@interface OptionsPanel (Apply)
+- (void)onApplyClicked;
+@end
+
+@interface OptionsPanel (ImageSize)
+- (void)controlTextDidChange:(NSNotification *)notification;
+- (void)comboBoxSelectionDidChange:(NSNotification *)notification;
+- (void)onWidthValue;
+- (void)onHeightValue;
+- (void)imageSizeEnableDisable:(BOOL)enabled;
+- (void)onImageSizeMatrixClicked;
+- (void)onSizeComboBoxSelected;
+// Selects without running the size-preset rule, and shows the selected item.
+- (void)selectSizeItem:(NSString *)item;
+- (void)rememberViewportWidth:(int32_t)width;
+- (void)rememberViewportHeight:(int32_t)height;
+- (void)setSizeMode:(NSString *)mode width:(int32_t)width height:(int32_t)height;
+@end
+
+@interface OptionsPanel (FormatAndSaveLocation)
+- (void)onDirClicked;
+- (void)imageSaveEnableDisable:(BOOL)enabled;
+- (void)onISLMatrixClicked;
+- (void)onImageTypeMatrixClicked;
+- (void)setFormat:(NSString *)format;
+- (void)setSaveLocationMode:(NSString *)mode folder:(NSString *)folder;
+@end
+
+@interface OptionsPanel (Environment)
+- (void)onResetClicked;
+- (void)setOption:(NSButton *)box on:(BOOL)on;
+- (void)setBackground:(NSString *)background;
+- (void)setSlider:(NSSlider *)slider value:(int32_t)value;
+@end
+
+@interface OptionsPanel (Presets)
+- (void)populatePresets:(NSString *)joinedNames;
+- (void)selectPreset:(NSString *)name;
+@end

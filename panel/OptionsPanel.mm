@@ -1,0 +1,135 @@
+#import "panel/OptionsPanel.h"
+
+#import "panel/controls.h"
+
+#include "panel/events.h"
+
+static OptionsPanel *sharedInstance = nil;
+
+static velmar::PanelTexts MakeKeyTexts() {
+  velmar::PanelTexts texts;
+  for (size_t i = 0; i < texts.size(); ++i)
+    texts[i] = velmar::kTextKeys[i];
+  return texts;
+}
+static velmar::PanelTexts buildTexts = MakeKeyTexts();
+
+static NSArray *TextsAsStrings() {
+  NSMutableArray *strings = [NSMutableArray arrayWithCapacity:buildTexts.size()];
+  for (const std::string &text : buildTexts)
+    [strings addObject:NSStringFromUtf8(text)];
+  return strings;
+}
+
+@implementation OptionsPanel
+
++ (instancetype)sharedController {
+  if (!sharedInstance) {
+    EnsureApplicationObject();
+    sharedInstance = [[self alloc] init];
+  }
+  return sharedInstance;
+}
+
++ (BOOL)isBuilt {
+  return sharedInstance != nil;
+}
+
++ (void)useTexts:(const velmar::PanelTexts &)texts {
+  buildTexts = texts;
+}
+
+- (instancetype)init {
+  NSArray *texts = TextsAsStrings();
+  NSFont *headingFont = [NSFont boldSystemFontOfSize:11];
+
+  NSPanel *panel = [[[NSPanel alloc] initWithContentRect:NSMakeRect(10, 0, 420, 315)
+                                               styleMask:NSTitledWindowMask | NSClosableWindowMask
+                                                 backing:NSBackingStoreBuffered
+                                                   defer:NO] autorelease];
+  // The panel is closed and shown again many times; it must outlive each closing.
+  [panel setReleasedWhenClosed:NO];
+  [panel makeKeyAndOrderFront:nil];
+  [panel setTitle:[texts objectAtIndex:velmar::kWindowTitle]];
+  [panel setFrameOrigin:NSMakePoint(300, 400)];
+
+  self = [super initWithWindow:panel];
+  if (!self)
+    return nil;
+  window = panel;
+  [window setDelegate:self];
+
+  m_pButton = MakePushButton(NSMakeRect(290, 0, 60, 50), [texts objectAtIndex:velmar::kOkButton],
+                             self, @selector(onApplyClicked), YES);
+  m_cButton = MakePushButton(NSMakeRect(350, 0, 60, 50), [texts objectAtIndex:velmar::kCloseButton],
+                             self, @selector(onCloseClicked), YES);
+
+  NSTextField *presetHeading = MakeLabel(NSMakeRect(15, 287, 100, 50),
+                                         [texts objectAtIndex:velmar::kPresetLabel], headingFont);
+  myPresetCombo = MakeComboBox(NSMakeRect(110, 280, 290, 26));
+
+  myTabView = [[[NSTabView alloc] initWithFrame:NSMakeRect(10, 38, 400, 240)] autorelease];
+  NSTabViewItem *imageItem = [[[NSTabViewItem alloc] initWithIdentifier:@"tab1"] autorelease];
+  [imageItem setLabel:[texts objectAtIndex:velmar::kImageTabLabel]];
+  NSTabViewItem *environmentItem = [[[NSTabViewItem alloc] initWithIdentifier:@"tab2"] autorelease];
+  [environmentItem setLabel:[texts objectAtIndex:velmar::kEnvironmentTabLabel]];
+
+  NSArray *environmentControls = [self buildEnvironmentControlsWithTexts:texts font:headingFont];
+  [imageItem setView:[self buildImageTabWithTexts:texts font:headingFont]];
+  [environmentItem setView:MakeContainer(NSMakeRect(10, 10, 400, 218), environmentControls)];
+  // Views go in before the items: GNUstep puts the first item's view on screen
+  // when the item is added, and not when a view is set later.
+  [myTabView addTabViewItem:imageItem];
+  [myTabView addTabViewItem:environmentItem];
+
+  NSView *content = [window contentView];
+  for (NSView *view in @[ presetHeading, myTabView, myPresetCombo, m_pButton, m_cButton ])
+    [content addSubview:view];
+
+  [self imageSizeEnableDisable:NO];
+  [self imageSaveEnableDisable:NO];
+  return self;
+}
+
+- (void)showPanel {
+  [window setLevel:CGWindowLevelForKey(kCGModalPanelWindowLevelKey)];
+  [self showWindow:nil];
+}
+
+- (void)closePanel {
+  [self close];
+}
+
+- (void)windowWillClose:(NSNotification *)notification {
+  // Closing a panel that is already off screen is no closing the scripts should hear of.
+  if (![window isVisible])
+    return;
+  velmar::send_event("close", {1.0});
+}
+
+- (void)onCloseClicked {
+  [[[OptionsPanel sharedController] window] close];
+}
+
+- (void)processEvents {
+  NSApplication *app = NSApp;
+  if (!app)
+    return;
+  ChildSignalGuard childSignal;
+  BOOL drained = NO;
+  while (!drained) {
+    @autoreleasepool {
+      NSEvent *event = [app nextEventMatchingMask:NSAnyEventMask
+                                        untilDate:nil
+                                           inMode:NSDefaultRunLoopMode
+                                          dequeue:YES];
+      if (event) {
+        [app sendEvent:event];
+        [app updateWindows];
+      }
+      drained = event == nil;
+    }
+  }
+}
+
+@end

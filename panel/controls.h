@@ -1,0 +1,38 @@
+// The kinds of control the panel is built from, each with its fixed settings.
+// Controls come back autoreleased: the view that holds one owns it.
+#pragma once
+
+#import <AppKit/AppKit.h>
+
+#include <string>
+
+NSString *NSStringFromUtf8(const std::string &text);
+// Never NULL; the text is cut at an embedded NUL, as the toolkit's C strings are.
+std::string Utf8FromNSString(NSString *text);
+
+// A heading when a font is given, a plain label otherwise; fitted to its text.
+NSTextField *MakeLabel(NSRect frame, NSString *text, NSFont *font);
+NSButton *MakePushButton(NSRect frame, NSString *title, id target, SEL action, BOOL fitted);
+NSButton *MakeCheckBox(NSRect frame, NSString *title, id target);
+NSTextField *MakeTextField(NSRect frame);
+NSComboBox *MakeComboBox(NSRect frame);
+NSBox *MakeSeparator(NSRect frame);
+NSSlider *MakeSlider(NSRect frame, id target);
+NSView *MakeContainer(NSRect frame, NSArray *subviews);
+
+struct RadioGeometry {
+  NSSize spacing;
+  NSSize cellSize;
+};
+// Cells take the titles in row order, or column order for a single row.
+// A null geometry keeps the toolkit's default spacing and cell size.
+NSMatrix *MakeRadioGroup(NSRect frame, int rows, int columns, NSArray *titles,
+                         const RadioGeometry *geometry, id target, SEL action);
+
+// The index of the cell that is on, counted in the order of the group's cells.
+NSInteger SelectedCellIndex(NSMatrix *group);
+
+// A non-editable combo box must be told to show the item it has selected.
+void ShowComboSelection(NSComboBox *combo);
+// Selects the first item equal to the text and shows it; any other text keeps the selection.
+void SelectComboItem(NSComboBox *combo, NSString *text);

@@ -1,0 +1,16 @@
+#include "panel/events.h"
+
+namespace velmar {
+
+static EventSink event_sink = nullptr;
+
+void set_event_sink(EventSink sink) {
+  event_sink = sink;
+}
+
+void send_event(const char *name, const EventValues &values) {
+  if (event_sink)
+    event_sink(name, values);
+}
+
+} // namespace velmar

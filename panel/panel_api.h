@@ -1,0 +1,54 @@
+// The panel as the binding sees it: plain C++, no toolkit types. Every call
+// fetches the one controller (building the panel on first use), runs inside an
+// autorelease pool and turns a toolkit exception into a ToolkitFailure, so
+// nothing but a return value crosses back into the caller's frames.
+#pragma once
+
+#include "panel/text_keys.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace velmar::panel {
+
+struct ToolkitFailure {
+  std::string name;
+  std::string reason;
+};
+// Empty when the call succeeded.
+using Outcome = std::optional<ToolkitFailure>;
+
+bool is_built();
+// The texts that the panel takes when it is built; later calls change nothing on screen.
+void provide_texts(PanelTexts texts);
+
+Outcome fetch();
+Outcome show();
+Outcome close();
+
+Outcome remember_viewport_width(int32_t width);
+Outcome remember_viewport_height(int32_t height);
+Outcome set_output_dimensions(const std::string &mode, int32_t width, int32_t height);
+Outcome set_output_format(const std::string &format);
+Outcome set_output_directory(const std::string &mode, const std::string &folder);
+
+enum class Option {
+  SphericalLights,
+  Caustics,
+  Clay,
+  Caching,
+  InformationBar,
+  TranslucentColor,
+  AutomaticMaterials
+};
+Outcome set_option(Option option, bool on);
+Outcome set_background(const std::string &background);
+
+enum class Slider { Intensity, Exposure };
+Outcome set_slider(Slider slider, int32_t value);
+
+Outcome populate_presets(const std::string &joined_names);
+Outcome select_preset(const std::string &name);
+
+} // namespace velmar::panel

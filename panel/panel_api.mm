@@ -1,0 +1,119 @@
+#include "panel/panel_api.h"
+
+#import "panel/OptionsPanel.h"
+#import "panel/controls.h"
+
+namespace velmar::panel {
+
+// Runs one operation on the controller: inside its own autorelease pool, with
+// any toolkit exception stopped here and handed back as a value.
+template <typename Operation> static Outcome Perform(Operation operation) {
+  Outcome outcome;
+  ChildSignalGuard childSignal;
+  @autoreleasepool {
+    @try {
+      operation([OptionsPanel sharedController]);
+    } @catch (NSException *exception) {
+      outcome =
+          ToolkitFailure{Utf8FromNSString([exception name]), Utf8FromNSString([exception reason])};
+    }
+  }
+  return outcome;
+}
+
+bool is_built() {
+  return [OptionsPanel isBuilt];
+}
+
+void provide_texts(PanelTexts texts) {
+  [OptionsPanel useTexts:texts];
+}
+
+Outcome fetch() {
+  return Perform([](OptionsPanel *) {});
+}
+
+Outcome show() {
+  return Perform([](OptionsPanel *controller) { [controller showPanel]; });
+}
+
+Outcome close() {
+  return Perform([](OptionsPanel *controller) { [controller closePanel]; });
+}
+
+Outcome remember_viewport_width(int32_t width) {
+  return Perform([=](OptionsPanel *controller) { [controller rememberViewportWidth:width]; });
+}
+
+Outcome remember_viewport_height(int32_t height) {
+  return Perform([=](OptionsPanel *controller) { [controller rememberViewportHeight:height]; });
+}
+
+Outcome set_output_dimensions(const std::string &mode, int32_t width, int32_t height) {
+  return Perform([&](OptionsPanel *controller) {
+    [controller setSizeMode:NSStringFromUtf8(mode) width:width height:height];
+  });
+}
+
+Outcome set_output_format(const std::string &format) {
+  return Perform(
+      [&](OptionsPanel *controller) { [controller setFormat:NSStringFromUtf8(format)]; });
+}
+
+Outcome set_output_directory(const std::string &mode, const std::string &folder) {
+  return Perform([&](OptionsPanel *controller) {
+    [controller setSaveLocationMode:NSStringFromUtf8(mode) folder:NSStringFromUtf8(folder)];
+  });
+}
+
+static NSButton *OptionBox(OptionsPanel *controller, Option option) {
+  switch (option) {
+  case Option::SphericalLights:
+    return controller->mySOLCButton;
+  case Option::Caustics:
+    return controller->myCausticsCButton;
+  case Option::Clay:
+    return controller->myClayCButton;
+  case Option::Caching:
+    return controller->myGCCButton;
+  case Option::InformationBar:
+    return controller->myIBCButton;
+  case Option::TranslucentColor:
+    return controller->myTCCButton;
+  case Option::AutomaticMaterials:
+    return controller->myAMCButton;
+  }
+  return nil;
+}
+
+Outcome set_option(Option option, bool on) {
+  return Perform([=](OptionsPanel *controller) {
+    [controller setOption:OptionBox(controller, option) on:on];
+  });
+}
+
+Outcome set_background(const std::string &background) {
+  return Perform(
+      [&](OptionsPanel *controller) { [controller setBackground:NSStringFromUtf8(background)]; });
+}
+
+Outcome set_slider(Slider slider, int32_t value) {
+  return Perform([=](OptionsPanel *controller) {
+    NSSlider *target =
+        slider == Slider::Intensity ? controller->myIntensitySlider : controller->myExposureSlider;
+    [controller setSlider:target value:value];
+  });
+}
+
+Outcome populate_presets(const std::string &joined_names) {
+  return Perform([&](OptionsPanel *controller) {
+    [controller populatePresets:NSStringFromUtf8(joined_names)];
+  });
+}
+
+Outcome select_preset(const std::string &name) {
+  return Perform(
+      [&](OptionsPanel *controller) { [controller selectPreset:NSStringFromUtf8(name)]; });
+}
+
+} // namespace velmar::panel

@@ -1,0 +1,21 @@
+#import "panel/OptionsPanel.h"
+
+#import "panel/controls.h"
+
+@implementation OptionsPanel (Presets)
+
+- (void)populatePresets:(NSString *)joinedNames {
+  NSArray *names = [joinedNames componentsSeparatedByString:@"|"];
+  [myPresets release];
+  myPresets = [names retain];
+  [myPresetCombo removeAllItems];
+  [myPresetCombo addItemsWithObjectValues:names];
+  // The old selection went with the old items.
+  ShowComboSelection(myPresetCombo);
+}
+
+- (void)selectPreset:(NSString *)name {
+  SelectComboItem(myPresetCombo, name);
+}
+
+@end

@@ -1,0 +1,80 @@
+# Shared by every test file: one panel per process, driven through the toolkit.
+require "minitest/autorun"
+require "open3"
+require "rbconfig"
+require "OptionsPanel"
+require "OptionsPanelDriver"
+require_relative "../examples/texts/en"
+
+TEXTS = OptionsPanelTexts::EN
+Driver = OptionsPanelDriver
+BUILD_DIR = File.expand_path(ENV.fetch("BUILD_DIR", "build"), File.join(__dir__, ".."))
+
+# Hears every event; the observer list only grows, so one recorder serves all tests.
+class EventLog
+  attr_reader :events
+
+  def initialize = @events = []
+  def names = @events.map(&:first)
+  def payload(name) = @events.reverse.find { |n, _| n == name }&.last
+  def clear = @events.clear
+
+  %w[preset_changed output_changed environment_changed options_changed
+     options_changed_show_render_all close].each do |event|
+    define_method(event) { |payload| @events << [event, payload] }
+  end
+end
+
+LOG = EventLog.new
+Velmar::OptionsPanelWindow.new(TEXTS).observe(LOG)
+
+module PanelTest
+  OK_EVENTS = %w[preset_changed output_changed environment_changed options_changed close].freeze
+
+  def panel = Velmar::OptionsPanelWindow.new(TEXTS)
+  def control(name) = Driver.control(name)
+  def text_of(name) = control(name)[:text]
+  def enabled?(name) = control(name)[:enabled]
+  def cell_states(name) = control(name)[:cells].map { |c| c[:state] }
+
+  # Presses OK and returns the payloads by event name.
+  def press_ok
+    LOG.clear
+    Driver.click(:m_pButton)
+    assert_equal OK_EVENTS, LOG.names
+    LOG.events.to_h
+  end
+
+  # The state a freshly built panel has, as far as scripts and clicks can restore it.
+  def reset_panel
+    p = panel
+    p.show
+    p.populate_presets("Default|Draft|Final")
+    p.preset = "Default"
+    p.set_output_dimensions("viewport", 0, 0, 0, 0)
+    p.output_format = "png"
+    Driver.click(:myTransCButton) if control(:myTransCButton)[:state] == 1
+    p.set_output_directory("model", "")
+    %i[spherical_point_lights information_bar clay caching caustic translucent_color
+       automatic_materials].each { |o| p.public_send("set_environment_#{o}", false) }
+    p.set_environment_background("default")
+    p.set_environment_brightness(50)
+    p.set_environment_contrast(50)
+    Driver.choose_tab(0)
+    LOG.clear
+    p
+  end
+
+  # Runs Ruby code in a fresh process with the extension on its load path, for
+  # what only a panel that is not built yet can show.
+  def run_ruby(code, timeout: 60)
+    script = <<~RUBY
+      $stdout.sync = true
+      require "OptionsPanel"
+      require "OptionsPanelDriver"
+      require #{File.expand_path("../examples/texts/en", __dir__).inspect}
+      #{code}
+    RUBY
+    Open3.capture3("timeout", timeout.to_s, RbConfig.ruby, "-I", BUILD_DIR, "-e", script)
+  end
+end
