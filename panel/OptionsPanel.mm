@@ -92,23 +92,25 @@ static NSArray *TextsAsStrings() {
 }
 
 - (void)showPanel {
+  SettleWindowServerEvents();
   [window setLevel:CGWindowLevelForKey(kCGModalPanelWindowLevelKey)];
   [self showWindow:nil];
 }
 
 - (void)closePanel {
-  [self close];
+  // A panel already off screen has nothing to close and nothing to tell the
+  // scripts; GNUstep also stops reporting the next real closing after a
+  // closed window is closed again.
+  if ([window isVisible])
+    [self close];
 }
 
 - (void)windowWillClose:(NSNotification *)notification {
-  // Closing a panel that is already off screen is no closing the scripts should hear of.
-  if (![window isVisible])
-    return;
   velmar::send_event("close", {1.0});
 }
 
 - (void)onCloseClicked {
-  [[[OptionsPanel sharedController] window] close];
+  [[OptionsPanel sharedController] closePanel];
 }
 
 - (void)processEvents {

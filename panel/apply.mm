@@ -49,7 +49,7 @@ static int32_t StateOf(NSButton *box) {
   send_event("options_changed", {StateOf(myIBCButton), StateOf(myGCCButton), StateOf(myTCCButton),
                                  (int32_t)[myAMCButton intValue]});
 
-  [[[OptionsPanel sharedController] window] close];
+  [[OptionsPanel sharedController] closePanel];
 }
 
 @end

@@ -7,6 +7,11 @@
 #include <signal.h>
 
 #ifdef GNUSTEP
+#import <GNUstepGUI/GSDisplayServer.h>
+#include <X11/Xlib.h>
+#endif
+
+#ifdef GNUSTEP
 // GNUstep has no Core Graphics window levels; its modal-panel level plays the same role.
 typedef int32_t CGWindowLevel;
 typedef int32_t CGWindowLevelKey;
@@ -36,6 +41,22 @@ static inline void EnsureApplicationObject() {
 // for good; the host's interpreter then never hears of its own children ending
 // and a script's `system` waits forever. Each stretch of toolkit work hands the
 // signal back as it found it.
+// GNUstep learns that a window went off screen only when it next reads the X
+// server's events; read after the panel is shown again, that stale news hides
+// it for good. Waiting for the server's replies and reading them before
+// showing keeps the panel on screen.
+static inline void SettleWindowServerEvents() {
+#ifdef GNUSTEP
+  XSync(static_cast<Display *>([GSCurrentServer() serverDevice]), False);
+  NSEvent *event;
+  while ((event = [NSApp nextEventMatchingMask:NSAppKitDefinedMask
+                                     untilDate:nil
+                                        inMode:NSDefaultRunLoopMode
+                                       dequeue:YES]))
+    [NSApp sendEvent:event];
+#endif
+}
+
 #ifdef GNUSTEP
 class ChildSignalGuard {
 public:

@@ -21,7 +21,11 @@ cleanup() {
 }
 trap cleanup EXIT
 
+# GNUstep keeps its daemons' ports in the temporary directory: a private one
+# gives this run daemons of its own, which it may then end.
 export HOME="$home"
+export TMPDIR="$home/tmp"
+mkdir -p "$TMPDIR"
 defaults write NSGlobalDomain GSBackHandlesWindowDecorations NO
 defaults write NSGlobalDomain GSSuppressAppIcon YES
 

@@ -1,0 +1,96 @@
+require_relative "test_helper"
+require "json"
+
+# What a script sees of the class: its methods, their results, and when the panel appears.
+class ScriptClassTest < Minitest::Test
+  include PanelTest
+
+  METHODS = {
+    show: 0, close: 0, "text=": 1, "preset=": 1, populate_presets: 1, set_output_dimensions: 5,
+    "output_format=": 1, set_environment_spherical_point_lights: 1, set_environment_background: 1,
+    set_environment_information_bar: 1, set_environment_clay: 1, set_environment_caching: 1,
+    set_environment_caustic: 1, set_environment_brightness: 1, set_environment_contrast: 1,
+    set_environment_translucent_color: 1, set_environment_automatic_materials: 1,
+    set_output_format: 3, set_output_directory: 2, observe: 1, output_directory: 1,
+    "hide_render_all=": 1
+  }.freeze
+
+  def setup = reset_panel
+
+  def test_the_class_has_exactly_the_method_table
+    klass = Velmar::OptionsPanelWindow
+    assert_equal Object, klass.superclass
+    assert_equal METHODS.keys.sort, klass.public_instance_methods(false).sort
+    METHODS.each { |name, arity| assert_equal arity, klass.instance_method(name).arity, name }
+    assert_equal 1, klass.instance_method(:initialize).arity
+    assert_equal [:initialize], klass.private_instance_methods(false)
+  end
+
+  def test_every_method_returns_true_but_initialize_and_output_directory
+    p = panel
+    results = [
+      p.show, p.send(:text=, "ignored"), p.send(:preset=, "Draft"), p.populate_presets("a|b"),
+      p.set_output_dimensions("fixed", 640, 480, 0, 0), p.send(:output_format=, "jpg"),
+      p.set_output_format(nil, 1, :x), p.set_output_directory("custom", "/tmp"),
+      p.observe(Object.new), p.send(:hide_render_all=, nil), p.close
+    ]
+    METHODS.keys.grep(/\Aset_environment_/).each do |m|
+      results << p.public_send(m, m.to_s.end_with?("background") ? "sky" : 1)
+    end
+    assert(results.all? { |r| r.equal?(true) })
+    assert_equal p, p.send(:initialize, TEXTS)
+    assert_instance_of String, p.output_directory("x")
+  end
+
+  def test_wrong_arity_is_refused_before_the_panel_is_touched
+    assert_raises(ArgumentError) { panel.set_output_dimensions("fixed", 1, 2) }
+    assert_raises(ArgumentError) { panel.show(1) }
+    assert_raises(ArgumentError) { Velmar::OptionsPanelWindow.new }
+  end
+
+  def test_text_assignment_reads_a_string_and_changes_nothing
+    before = [Driver.window_state[:title], Driver.content_views, Driver.tab_views(0)]
+    panel.text = "A new title"
+    assert_equal before, [Driver.window_state[:title], Driver.content_views, Driver.tab_views(0)]
+    assert_raises(TypeError) { panel.text = 42 }
+  end
+
+  def test_two_instances_drive_the_same_panel
+    one = Velmar::OptionsPanelWindow.new(TEXTS)
+    two = Velmar::OptionsPanelWindow.new({ "opt-ok-btn-title" => "Other" })
+    one.close
+    two.set_environment_clay(true)
+    one.show
+    assert Driver.window_state[:visible]
+    assert_equal 1, control(:myClayCButton)[:state]
+    assert_equal "OK", control(:m_pButton)[:text]
+  end
+
+  # Only a process whose panel is not built yet can show when it appears.
+  def test_the_panel_appears_at_the_first_method_that_needs_it
+    out, err, status = run_ruby(<<~RUBY)
+      Driver = OptionsPanelDriver
+      report = {}
+      window = Velmar::OptionsPanelWindow.new(OptionsPanelTexts::EN)
+      window.observe(Object.new)
+      window.send(:hide_render_all=, 1)
+      window.output_directory("a\\\\b")
+      report[:built_before] = Driver.built?
+      window.populate_presets("One|Two")
+      report[:built_after] = Driver.built?
+      report[:after_setter] = Driver.window_state.slice(:visible, :key, :level)
+      window.show
+      report[:after_show] = Driver.window_state.slice(:visible, :key, :level)
+      report[:modal] = Driver.modal_panel_level
+      require "json"
+      puts JSON.dump(report)
+    RUBY
+    assert status.success?, err
+    assert_empty err
+    report = JSON.parse(out.lines.last, symbolize_names: true)
+    refute report[:built_before]
+    assert report[:built_after]
+    assert_equal({ visible: true, key: true, level: 0 }, report[:after_setter])
+    assert_equal({ visible: true, key: true, level: report[:modal] }, report[:after_show])
+  end
+end
