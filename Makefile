@@ -12,7 +12,7 @@ deps:
 
 build: deps
 	@cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
-	@cmake --build $(BUILD_DIR) -j2
+	@cmake --build $(BUILD_DIR) -j2 -- --no-print-directory
 
 test: build
 	@timeout $(TEST_TIMEOUT) scripts/with-display.sh \

@@ -1,0 +1,64 @@
+require_relative "test_helper"
+
+# Showing and the four ways of closing, each reported exactly once.
+class ClosingTest < Minitest::Test
+  include PanelTest
+
+  def setup = reset_panel
+
+  def closes_after
+    LOG.clear
+    yield
+    LOG.names
+  end
+
+  def test_each_way_of_closing_sends_one_close
+    ways = {
+      script: -> { panel.close },
+      close_button: -> { Driver.click(:m_cButton) },
+      close_box: -> { Driver.close_box },
+      ok: -> { Driver.click(:m_pButton) },
+    }
+    ways.each do |way, close|
+      panel.show
+      names = closes_after(&close)
+      assert_equal "close", names.last, way
+      assert_equal 1, names.count("close"), way
+      assert_equal [1.0], LOG.payload("close"), way
+      assert_instance_of Float, LOG.payload("close").first
+      refute Driver.window_state[:visible], way
+    end
+  end
+
+  def test_closing_a_closed_panel_sends_nothing
+    panel.close
+    assert_empty closes_after { panel.close }
+    assert_empty closes_after { Driver.process_events }
+    panel.show
+    assert_equal ["close"], closes_after { Driver.close_box }
+  end
+
+  def test_show_raises_to_the_modal_panel_level_and_sends_nothing
+    panel.close
+    assert_empty closes_after { panel.show; panel.show }
+    state = Driver.window_state
+    assert state[:visible]
+    assert state[:key]
+    assert_equal Driver.modal_panel_level, state[:level]
+  end
+
+  def test_a_closed_panel_keeps_its_state_and_takes_setters
+    Driver.click_cell(:aImageSizeMatrix, 1)
+    Driver.type(:myWidthValueText, "77")
+    Driver.click(:myCausticsCButton)
+    Driver.choose_tab(1)
+    panel.close
+    panel.set_environment_clay(true)
+    panel.show
+    assert_equal [0, 1, 0], cell_states(:aImageSizeMatrix)
+    assert_equal "077", text_of(:myWidthValueText)
+    assert_equal 1, control(:myCausticsCButton)[:state]
+    assert_equal 1, control(:myClayCButton)[:state]
+    assert_equal [false, true], Driver.tabs.map { |t| t[:selected] }
+  end
+end

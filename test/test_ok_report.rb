@@ -1,0 +1,69 @@
+require_relative "test_helper"
+
+# What OK reports after a user has worked in the panel.
+class OkReportTest < Minitest::Test
+  include PanelTest
+
+  def setup = reset_panel
+
+  def test_ok_reports_what_the_user_chose
+    Driver.pick(:myPresetCombo, 2)
+    Driver.click_cell(:aImageSizeMatrix, 1)
+    Driver.type(:myWidthValueText, "1280")
+    Driver.type(:myHeightValueText, "720")
+    Driver.click_cell(:aImageTypeLMatrix, 1)
+    Driver.click_cell(:aISLMatrix, 1)
+    Driver.type(:mySaveLocText, "/srv/renders")
+    Driver.choose_tab(1)
+    %i[myClayCButton mySOLCButton myIBCButton myAMCButton].each { |b| Driver.click(b) }
+    Driver.click_cell(:matrix, 2)
+
+    events = press_ok
+    assert_equal ["Final"], events["preset_changed"]
+    assert_equal ["fixed", "01280", "0720", "jpg", "custom", "/srv/renders", "Final"], events["output_changed"]
+    assert_equal ["sky2", 1, 0, 1, 50, 50], events["environment_changed"]
+    assert_equal [1, 0, 0, 1], events["options_changed"]
+    refute Driver.window_state[:visible]
+  end
+
+  def test_texts_are_reported_exactly_as_the_fields_hold_them
+    Driver.click_cell(:aImageSizeMatrix, 1)
+    Driver.clear(:myWidthValueText)
+    Driver.type(:myWidthValueText, "wide ✓")
+    Driver.clear(:myHeightValueText)
+    events = press_ok
+    assert_equal ["fixed", "wide ✓", ""], events["output_changed"].first(3)
+    assert_equal Encoding::UTF_8, events["output_changed"][1].encoding
+  end
+
+  def test_the_transparency_box_counts_only_with_png
+    Driver.click(:myTransCButton)
+    assert_equal "pnga", press_ok["output_changed"][3]
+    [[1, "jpg"], [2, "hdr"], [0, "pnga"]].each do |column, format|
+      panel.show
+      Driver.click_cell(:aImageTypeLMatrix, column)
+      assert_equal format, press_ok["output_changed"][3]
+    end
+  end
+
+  def test_observers_changing_the_panel_change_later_events_but_not_the_preset_name
+    changer = Object.new
+    changer.define_singleton_method(:preset_changed) do |_|
+      next unless @armed
+      @armed = false
+      w = Velmar::OptionsPanelWindow.new(TEXTS)
+      w.populate_presets("Other|List")
+      w.preset = "List"
+      w.set_environment_background("sky")
+      w.set_environment_caching(true)
+    end
+    changer.instance_variable_set(:@armed, true)
+    panel.observe(changer)
+    Driver.pick(:myPresetCombo, 1)
+    events = press_ok
+    assert_equal ["Draft"], events["preset_changed"]
+    assert_equal "Draft", events["output_changed"][6]
+    assert_equal "sky", events["environment_changed"][0]
+    assert_equal 1, events["options_changed"][1]
+  end
+end
