@@ -1,6 +1,7 @@
 #include "binding/script_call.h"
 
 #include "binding/text_table.h"
+#include "platform/threads.h"
 
 namespace velmar {
 
@@ -53,6 +54,9 @@ void observer_failed(VALUE exception) {
 }
 
 void ensure_panel() {
+  // The toolkit is not thread-safe: a call from elsewhere must change nothing.
+  if (!OnMainThread())
+    rb_raise(rb_eThreadError, "must be called on the main thread");
   if (!panel::is_built())
     provide_panel_texts();
   raise_or_true(attempt([] { return panel::fetch(); }));

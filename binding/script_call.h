@@ -30,7 +30,8 @@ inline VALUE raise_or_true(VALUE exception) {
   return Qtrue;
 }
 
-// Fetches the controller, building the panel from the text table on first use.
+// Fetches the controller, building the panel from the text table on first use;
+// ThreadError off the main thread.
 void ensure_panel();
 
 } // namespace velmar

@@ -30,9 +30,12 @@ static inline CGWindowLevel CGWindowLevelForKey(CGWindowLevelKey) {
 #endif
 
 // A host has made the application object long before any plugin runs; a plain
-// interpreter has not, and GNUstep needs it before the first window.
+// interpreter has not, and GNUstep needs it before the first window. NSTask
+// takes SIGCHLD when its class first initialises; doing that here, inside a
+// ChildSignalGuard, hands the signal back before any task is launched.
 static inline void EnsureApplicationObject() {
 #ifdef GNUSTEP
+  [NSTask class];
   [NSApplication sharedApplication];
 #endif
 }

@@ -1,5 +1,6 @@
 require_relative "test_helper"
 require "json"
+require "tmpdir"
 
 # What a script sees of the class: its methods, their results, and when the panel appears.
 class ScriptClassTest < Minitest::Test
@@ -92,5 +93,28 @@ class ScriptClassTest < Minitest::Test
     assert report[:built_after]
     assert_equal({ visible: true, key: true, level: 0 }, report[:after_setter])
     assert_equal({ visible: true, key: true, level: report[:modal] }, report[:after_show])
+  end
+
+  def test_methods_that_drive_the_panel_belong_to_the_main_thread
+    p = panel
+    Driver.click(:myClayCButton)
+    from_thread = Thread.new do
+      errors = %i[show close].map { |m| assert_raises(ThreadError) { p.public_send(m) } }
+      errors << assert_raises(ThreadError) { p.set_environment_clay(false) }
+      [errors, p.observe(Object.new), p.output_directory("a\\b"), p.send(:hide_render_all=, 1)]
+    end.value
+    assert(from_thread[0].all? { |e| e.message == "must be called on the main thread" })
+    assert_equal [true, "a/b", true], from_thread.drop(1)
+    assert Driver.window_state[:visible]
+    assert_equal 1, control(:myClayCButton)[:state]
+  end
+
+  # The toolkit starts helper daemons as child processes; the script's own
+  # children must still be reaped by Ruby afterwards.
+  def test_scripts_can_still_run_child_processes
+    Driver.screenshot(File.join(Dir.tmpdir, "optionspanel-child-check.png"))
+    waiter = Thread.new { system("true") }
+    assert waiter.join(30), "system never returned"
+    assert_equal true, waiter.value
   end
 end
