@@ -49,6 +49,7 @@ static NSArray *TextsAsStrings() {
                                                    defer:NO] autorelease];
   // The panel is closed and shown again many times; it must outlive each closing.
   [panel setReleasedWhenClosed:NO];
+  KeepOnScreenWhenInactive(panel);
   [panel makeKeyAndOrderFront:nil];
   [panel setTitle:[texts objectAtIndex:velmar::kWindowTitle]];
   [panel setFrameOrigin:NSMakePoint(300, 400)];
@@ -92,7 +93,6 @@ static NSArray *TextsAsStrings() {
 }
 
 - (void)showPanel {
-  SettleWindowServerEvents();
   [window setLevel:CGWindowLevelForKey(kCGModalPanelWindowLevelKey)];
   [self showWindow:nil];
 }

@@ -7,11 +7,6 @@
 #include <signal.h>
 
 #ifdef GNUSTEP
-#import <GNUstepGUI/GSDisplayServer.h>
-#include <X11/Xlib.h>
-#endif
-
-#ifdef GNUSTEP
 // GNUstep has no Core Graphics window levels; its modal-panel level plays the same role.
 typedef int32_t CGWindowLevel;
 typedef int32_t CGWindowLevelKey;
@@ -40,26 +35,19 @@ static inline void EnsureApplicationObject() {
 #endif
 }
 
+// Without a window manager GNUstep takes the application to be inactive
+// whenever one of its windows goes off screen (a closed panel, a folder
+// chooser), and a panel that hides on deactivation would vanish with it.
+static inline void KeepOnScreenWhenInactive(NSPanel *panel) {
+#ifdef GNUSTEP
+  [panel setHidesOnDeactivate:NO];
+#endif
+}
+
 // GNUstep launches its helper daemons with NSTask, which takes over SIGCHLD
 // for good; the host's interpreter then never hears of its own children ending
 // and a script's `system` waits forever. Each stretch of toolkit work hands the
 // signal back as it found it.
-// GNUstep learns that a window went off screen only when it next reads the X
-// server's events; read after the panel is shown again, that stale news hides
-// it for good. Waiting for the server's replies and reading them before
-// showing keeps the panel on screen.
-static inline void SettleWindowServerEvents() {
-#ifdef GNUSTEP
-  XSync(static_cast<Display *>([GSCurrentServer() serverDevice]), False);
-  NSEvent *event;
-  while ((event = [NSApp nextEventMatchingMask:NSAppKitDefinedMask
-                                     untilDate:nil
-                                        inMode:NSDefaultRunLoopMode
-                                       dequeue:YES]))
-    [NSApp sendEvent:event];
-#endif
-}
-
 #ifdef GNUSTEP
 class ChildSignalGuard {
 public:

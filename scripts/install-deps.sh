@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
   clang cmake make
-  libgnustep-gui-dev gnustep-back0.29 gnustep-base-runtime libx11-dev
+  libgnustep-gui-dev gnustep-back0.29 gnustep-base-runtime
   ruby-dev ruby-minitest
   xvfb xauth
 )
