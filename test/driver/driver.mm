@@ -162,6 +162,23 @@ static VALUE pick(VALUE, VALUE name, VALUE index) {
   });
 }
 
+// For buttons the controller keeps no name for, such as Reset.
+static VALUE click_titled(VALUE, VALUE index, VALUE title) {
+  long i = NUM2LONG(index);
+  const char *text = StringValueCStr(title);
+  return Drive([=] {
+    NSTabViewItem *item = [(NSTabView *)Control(@"myTabView") tabViewItemAtIndex:i];
+    NSString *wanted = [NSString stringWithUTF8String:text];
+    for (NSView *view in [[item view] subviews])
+      if ([view isKindOfClass:[NSButton class]] && [[(NSButton *)view title] isEqual:wanted]) {
+        [RequireEnabled((NSButton *)view) performClick:nil];
+        return (id)nil;
+      }
+    [NSException raise:@"UnknownControl" format:@"no button titled %@ in tab %ld", wanted, i];
+    return (id)nil;
+  });
+}
+
 // Starts editing the field as a click in it would, with the caret at the end.
 static NSText *EditorFor(NSTextField *field, BOOL selectAll) {
   NSWindow *window = [field window];
@@ -377,6 +394,7 @@ extern "C" __attribute__((visibility("default"))) void Init_OptionsPanelDriver()
   rb_define_module_function(driver, "click", click, 1);
   rb_define_module_function(driver, "click_cell", click_cell, 2);
   rb_define_module_function(driver, "pick", pick, 2);
+  rb_define_module_function(driver, "click_titled", click_titled, 2);
   rb_define_module_function(driver, "type", type_text, 2);
   rb_define_module_function(driver, "clear", clear, 1);
   rb_define_module_function(driver, "press_return", press_return, 1);
