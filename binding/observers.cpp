@@ -29,8 +29,12 @@ static void protect(VALUE (*body)(VALUE), VALUE argument) {
     return;
   VALUE error = rb_errinfo();
   rb_set_errinfo(Qnil);
-  if (rb_obj_is_kind_of(error, rb_eException))
-    observer_failed(error);
+  // A throw to a catch outside the panel cannot be resumed once stopped here;
+  // it is reported like any other failure rather than dropped.
+  if (!rb_obj_is_kind_of(error, rb_eException))
+    error = rb_exc_new_cstr(rb_eRuntimeError,
+                            "an observer jumped out of its event; the jump stops at the panel");
+  observer_failed(error);
 }
 
 void notify_options_window_observer(const char *event, VALUE payload) {
