@@ -39,15 +39,22 @@ static int32_t Doubled(int32_t height) {
   selectingSizeItem = NO;
 }
 
+// Disabling a field aborts an edit in progress, which would drop the text the
+// user typed last: it is taken into the field first.
+static void SetFieldEnabled(NSTextField *field, BOOL enabled) {
+  if (!enabled && [field currentEditor])
+    [field validateEditing];
+  [field setEnabled:enabled];
+}
+
 - (void)imageSizeEnableDisable:(BOOL)enabled {
   [mySizeCombo setEnabled:enabled];
-  [myWidthValueText setEnabled:enabled];
-  [myHeightValueText setEnabled:enabled];
+  [self setFieldsEnabled:enabled];
 }
 
 - (void)setFieldsEnabled:(BOOL)enabled {
-  [myWidthValueText setEnabled:enabled];
-  [myHeightValueText setEnabled:enabled];
+  SetFieldEnabled(myWidthValueText, enabled);
+  SetFieldEnabled(myHeightValueText, enabled);
 }
 
 - (void)onWidthValue {
