@@ -29,6 +29,10 @@ struct RadioGeometry {
 NSMatrix *MakeRadioGroup(NSRect frame, int rows, int columns, NSArray *titles,
                          const RadioGeometry *geometry, id target, SEL action);
 
+// Disabling a field aborts an edit in progress, which would drop what the user
+// typed last: the edit is taken into the field first.
+void SetFieldEnabled(NSTextField *field, BOOL enabled);
+
 // The index of the cell that is on, counted in the order of the group's cells.
 NSInteger SelectedCellIndex(NSMatrix *group);
 

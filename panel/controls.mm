@@ -128,3 +128,9 @@ void SelectComboItem(NSComboBox *combo, NSString *text) {
     [combo selectItemAtIndex:index];
   ShowComboSelection(combo);
 }
+
+void SetFieldEnabled(NSTextField *field, BOOL enabled) {
+  if (!enabled && [field currentEditor])
+    [field validateEditing];
+  [field setEnabled:enabled];
+}

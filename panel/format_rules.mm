@@ -1,5 +1,7 @@
 #import "panel/OptionsPanel.h"
 
+#import "panel/controls.h"
+
 enum { kPngColumn = 0, kJpgColumn = 1, kHdrColumn = 2 };
 enum { kModelColumn = 0, kCustomColumn = 1 };
 
@@ -15,7 +17,7 @@ enum { kModelColumn = 0, kCustomColumn = 1 };
 }
 
 - (void)imageSaveEnableDisable:(BOOL)enabled {
-  [mySaveLocText setEnabled:enabled];
+  SetFieldEnabled(mySaveLocText, enabled);
   [myDirButton setEnabled:enabled];
 }
 

@@ -39,14 +39,6 @@ static int32_t Doubled(int32_t height) {
   selectingSizeItem = NO;
 }
 
-// Disabling a field aborts an edit in progress, which would drop the text the
-// user typed last: it is taken into the field first.
-static void SetFieldEnabled(NSTextField *field, BOOL enabled) {
-  if (!enabled && [field currentEditor])
-    [field validateEditing];
-  [field setEnabled:enabled];
-}
-
 - (void)imageSizeEnableDisable:(BOOL)enabled {
   [mySizeCombo setEnabled:enabled];
   [self setFieldsEnabled:enabled];
