@@ -99,8 +99,7 @@ static NSArray *TextsAsStrings() {
 
 - (void)closePanel {
   // A panel already off screen has nothing to close and nothing to tell the
-  // scripts; GNUstep also stops reporting the next real closing after a
-  // closed window is closed again.
+  // scripts, whichever AppKit would report closing a closed window again.
   if ([window isVisible])
     [self close];
 }
