@@ -21,12 +21,17 @@ template <typename Operation> static Outcome Perform(Operation operation) {
   return outcome;
 }
 
+// The first message to the class initialises it, which may autorelease.
 bool is_built() {
-  return [OptionsPanel isBuilt];
+  @autoreleasepool {
+    return [OptionsPanel isBuilt];
+  }
 }
 
 void provide_texts(PanelTexts texts) {
-  [OptionsPanel useTexts:texts];
+  @autoreleasepool {
+    [OptionsPanel useTexts:texts];
+  }
 }
 
 Outcome fetch() {
