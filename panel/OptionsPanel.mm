@@ -116,7 +116,7 @@ static NSArray *TextsAsStrings() {
   NSApplication *app = NSApp;
   if (!app)
     return;
-  ChildSignalGuard childSignal;
+  HostSignalsGuard hostSignals;
   BOOL drained = NO;
   while (!drained) {
     @autoreleasepool {

@@ -9,7 +9,7 @@ namespace velmar::panel {
 // any toolkit exception stopped here and handed back as a value.
 template <typename Operation> static Outcome Perform(Operation operation) {
   Outcome outcome;
-  ChildSignalGuard childSignal;
+  HostSignalsGuard hostSignals;
   @autoreleasepool {
     @try {
       operation([OptionsPanel sharedController]);

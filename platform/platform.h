@@ -27,7 +27,7 @@ static inline CGWindowLevel CGWindowLevelForKey(CGWindowLevelKey) {
 // A host has made the application object long before any plugin runs; a plain
 // interpreter has not, and GNUstep needs it before the first window. NSTask
 // takes SIGCHLD when its class first initialises; doing that here, inside a
-// ChildSignalGuard, hands the signal back before any task is launched.
+// HostSignalsGuard, hands the signal back before any task is launched.
 static inline void EnsureApplicationObject() {
 #ifdef GNUSTEP
   [NSTask class];
@@ -44,21 +44,29 @@ static inline void KeepOnScreenWhenInactive(NSPanel *panel) {
 #endif
 }
 
-// GNUstep launches its helper daemons with NSTask, which takes over SIGCHLD
-// for good; the host's interpreter then never hears of its own children ending
-// and a script's `system` waits forever. Each stretch of toolkit work hands the
-// signal back as it found it.
+// GNUstep takes over signals that belong to the host: NSTask reaps every child
+// on SIGCHLD (a script's `system` then waits forever), and the display code
+// swallows SIGINT and SIGTERM (Ctrl-C no longer stops the interpreter). Each
+// stretch of toolkit work hands them back as it found them.
 #ifdef GNUSTEP
-class ChildSignalGuard {
+class HostSignalsGuard {
 public:
-  ChildSignalGuard() { sigaction(SIGCHLD, nullptr, &saved_); }
-  ~ChildSignalGuard() { sigaction(SIGCHLD, &saved_, nullptr); }
-  ChildSignalGuard(const ChildSignalGuard &) = delete;
-  ChildSignalGuard &operator=(const ChildSignalGuard &) = delete;
+  HostSignalsGuard() {
+    for (size_t i = 0; i < kCount; ++i)
+      sigaction(kSignals[i], nullptr, &saved_[i]);
+  }
+  ~HostSignalsGuard() {
+    for (size_t i = 0; i < kCount; ++i)
+      sigaction(kSignals[i], &saved_[i], nullptr);
+  }
+  HostSignalsGuard(const HostSignalsGuard &) = delete;
+  HostSignalsGuard &operator=(const HostSignalsGuard &) = delete;
 
 private:
-  struct sigaction saved_;
+  static constexpr int kSignals[] = {SIGCHLD, SIGINT, SIGTERM};
+  static constexpr size_t kCount = sizeof(kSignals) / sizeof(kSignals[0]);
+  struct sigaction saved_[kCount];
 };
 #else
-struct ChildSignalGuard {};
+struct HostSignalsGuard {};
 #endif

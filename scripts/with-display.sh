@@ -26,6 +26,12 @@ trap cleanup EXIT
 export HOME="$home"
 export TMPDIR="$home/tmp"
 mkdir -p "$TMPDIR"
+# GNUstep takes root's defaults from root's home whatever HOME says; its own
+# configuration file can point them at the private home instead.
+grep -v -E '^GNUSTEP_USER_(DEFAULTS_)?DIR=' /etc/GNUstep/GNUstep.conf >"$home/GNUstep.conf"
+printf 'GNUSTEP_USER_DIR=%s/GNUstep\nGNUSTEP_USER_DEFAULTS_DIR=%s/GNUstep/Defaults\n' \
+  "$home" "$home" >>"$home/GNUstep.conf"
+export GNUSTEP_CONFIG_FILE="$home/GNUstep.conf"
 defaults write NSGlobalDomain GSBackHandlesWindowDecorations NO
 defaults write NSGlobalDomain GSSuppressAppIcon YES
 

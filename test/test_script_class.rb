@@ -117,4 +117,20 @@ class ScriptClassTest < Minitest::Test
     assert waiter.join(30), "system never returned"
     assert_equal true, waiter.value
   end
+
+  def test_interrupts_still_reach_the_script
+    out, err, status = run_ruby(<<~RUBY)
+      Velmar::OptionsPanelWindow.new(OptionsPanelTexts::EN).show
+      begin
+        Process.kill("INT", Process.pid)
+        sleep 5
+        puts "missed"
+      rescue Interrupt
+        puts "interrupted"
+      end
+    RUBY
+    assert status.success?, err
+    assert_equal "interrupted\n", out
+    assert_empty err
+  end
 end
