@@ -3,7 +3,7 @@ BUILD_DIR ?= build
 RUBY ?= ruby
 TEST_TIMEOUT ?= 900
 
-.PHONY: all deps build test demo clean format
+.PHONY: all deps build test demo screenshots check-reliability check-reliability-short clean format
 
 all: build
 
@@ -18,11 +18,26 @@ test: build
 	@timeout $(TEST_TIMEOUT) scripts/with-display.sh \
 	  $(RUBY) -I $(BUILD_DIR) -I test -e 'Dir["test/test_*.rb"].sort.each { |f| require File.expand_path(f) }'
 
+# GC stress, ASan+UBSan, valgrind memcheck, fuzz and soak (README, "Reliability");
+# the short form runs small sizes, a few minutes in all.
+check-reliability: build
+	@scripts/check-reliability.sh
+
+check-reliability-short: build
+	@scripts/check-reliability.sh --short
+
 demo: build
-	@scripts/with-display.sh $(RUBY) -I $(BUILD_DIR) examples/demo.rb $(DEMO_ARGS)
+	@scripts/with-display.sh $(BUILD_DIR)/velmar-host examples/render_settings_plugin.rb -- \
+	  --shots $(BUILD_DIR)/demo $(DEMO_ARGS)
+
+# Both tabs, as built and with every group changed, in each language, for the docs.
+screenshots: build
+	@scripts/with-display.sh sh -c 'for lang in en de ja; do \
+	  $(BUILD_DIR)/velmar-host --timeout 60 scripts/screenshots.rb -- $$lang docs/images || exit 1; done'
 
 format:
-	@clang-format -i binding/*.cpp binding/*.h panel/*.mm panel/*.h panel/*.cpp platform/*.h test/driver/*.mm
+	@clang-format -i binding/*.cpp binding/*.h panel/*.mm panel/*.h panel/*.cpp platform/*.h test/driver/*.mm \
+	  host/*.mm host/*.cpp host/*.h
 
 clean:
 	@rm -rf $(BUILD_DIR)

@@ -33,6 +33,10 @@ NSMatrix *MakeRadioGroup(NSRect frame, int rows, int columns, NSArray *titles,
 // typed last: the edit is taken into the field first.
 void SetFieldEnabled(NSTextField *field, BOOL enabled);
 
+// Makes every cell as wide as the widest title, for a group whose cell size is
+// otherwise the toolkit's default, which can be wider than its tab.
+void FitCellsToTitles(NSMatrix *group);
+
 // The index of the cell that is on, counted in the order of the group's cells.
 NSInteger SelectedCellIndex(NSMatrix *group);
 

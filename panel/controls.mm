@@ -1,10 +1,14 @@
 #import "panel/controls.h"
 
 NSString *NSStringFromUtf8(const std::string &text) {
-  NSString *s = [[NSString alloc] initWithBytes:text.data()
-                                         length:text.size()
+  // GNUstep drops U+FEFF characters at the start of the text it decodes, as
+  // if they were byte order marks; behind a byte of our own they stay part of
+  // the text, as the script gave it.
+  std::string guarded = "." + text;
+  NSString *s = [[NSString alloc] initWithBytes:guarded.data()
+                                         length:guarded.size()
                                        encoding:NSUTF8StringEncoding];
-  return s ? [s autorelease] : @"";
+  return s ? [[s autorelease] substringFromIndex:1] : @"";
 }
 
 std::string Utf8FromNSString(NSString *text) {
@@ -133,4 +137,12 @@ void SetFieldEnabled(NSTextField *field, BOOL enabled) {
   if (!enabled && [field currentEditor])
     [field validateEditing];
   [field setEnabled:enabled];
+}
+
+void FitCellsToTitles(NSMatrix *group) {
+  NSSize size = NSMakeSize(0, [group cellSize].height);
+  for (NSCell *cell in [group cells])
+    size.width = MAX(size.width, [cell cellSize].width);
+  [group setCellSize:size];
+  [group sizeToCells];
 }

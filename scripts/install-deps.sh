@@ -8,6 +8,12 @@ packages=(
   libgnustep-gui-dev gnustep-back0.29 gnustep-base-runtime
   ruby-dev ruby-minitest
   xvfb xauth
+  # scripts/check-reliability.sh: clang's sanitizer runtimes (only recommended
+  # by clang) and valgrind.
+  libclang-rt-14-dev valgrind
+  # The toolkit's fonts have no Japanese letters; GNUstep draws texts that need
+  # them in this font, which has Latin letters too.
+  fonts-ipafont-gothic
 )
 
 missing=()

@@ -22,9 +22,13 @@ cleanup() {
 trap cleanup EXIT
 
 # GNUstep keeps its daemons' ports in the temporary directory: a private one
-# gives this run daemons of its own, which it may then end.
+# gives this run daemons of its own, which it may then end. GNUstep takes that
+# directory from TEMP, not TMPDIR; without it every run on the machine shares
+# /tmp/GNUstepSecure<uid>, and a run that ends takes the pasteboard and
+# notification servers of the runs still going with it.
 export HOME="$home"
 export TMPDIR="$home/tmp"
+export TEMP="$TMPDIR"
 mkdir -p "$TMPDIR"
 # GNUstep takes root's defaults from root's home whatever HOME says; its own
 # configuration file can point them at the private home instead.

@@ -107,12 +107,16 @@ template <typename Step> static VALUE Drive(Step step) {
   } @catch (NSException *exception) {
     failure = [[NSString alloc] initWithFormat:@"%@: %@", [exception name], [exception reason]];
   }
-  [pool drain];
+  // UTF8String autoreleases the bytes it returns: the message is read while the
+  // pool is still there, or GNUstep leaks them with a warning at every failure.
+  VALUE message = Qnil;
   if (failure) {
-    VALUE message = rb_utf8_str_new_cstr([failure UTF8String]);
+    message = rb_utf8_str_new_cstr([failure UTF8String]);
     [failure release];
-    rb_exc_raise(rb_exc_new_str(rb_eRuntimeError, message));
   }
+  [pool drain];
+  if (!NIL_P(message))
+    rb_exc_raise(rb_exc_new_str(rb_eRuntimeError, message));
   // Reading an object's text autoreleases too.
   pool = [[NSAutoreleasePool alloc] init];
   VALUE value = ToRuby(result);
@@ -375,17 +379,28 @@ static VALUE modal_panel_level(VALUE) {
   return Drive([] { return (id) @(NSModalPanelWindowLevel); });
 }
 
+static NSNumber *SavePicture(NSView *view, const char *file) {
+  [PanelWindow() display];
+  [view lockFocus];
+  NSBitmapImageRep *image =
+      [[[NSBitmapImageRep alloc] initWithFocusedViewRect:[view bounds]] autorelease];
+  [view unlockFocus];
+  NSData *png = [image representationUsingType:NSPNGFileType properties:@{}];
+  return Flag([png writeToFile:[NSString stringWithUTF8String:file] atomically:YES]);
+}
+
 static VALUE screenshot(VALUE, VALUE path) {
+  const char *file = StringValueCStr(path);
+  return Drive([=] { return (id)SavePicture([PanelWindow() contentView], file); });
+}
+
+// With the title bar, where GNUstep draws it itself (GSBackHandlesWindowDecorations
+// NO); otherwise the same as screenshot.
+static VALUE screenshot_window(VALUE, VALUE path) {
   const char *file = StringValueCStr(path);
   return Drive([=] {
     NSView *content = [PanelWindow() contentView];
-    [PanelWindow() display];
-    [content lockFocus];
-    NSBitmapImageRep *image =
-        [[[NSBitmapImageRep alloc] initWithFocusedViewRect:[content bounds]] autorelease];
-    [content unlockFocus];
-    NSData *png = [image representationUsingType:NSPNGFileType properties:@{}];
-    return (id)Flag([png writeToFile:[NSString stringWithUTF8String:file] atomically:YES]);
+    return (id)SavePicture([content superview] ?: content, file);
   });
 }
 
@@ -411,4 +426,5 @@ extern "C" __attribute__((visibility("default"))) void Init_OptionsPanelDriver()
   rb_define_module_function(driver, "built?", built, 0);
   rb_define_module_function(driver, "modal_panel_level", modal_panel_level, 0);
   rb_define_module_function(driver, "screenshot", screenshot, 1);
+  rb_define_module_function(driver, "screenshot_window", screenshot_window, 1);
 }

@@ -1,0 +1,97 @@
+#import "host/toolkit.h"
+
+#import "platform/platform.h"
+
+#include "host/ruby_runtime.h"
+
+#include <chrono>
+#include <cstdio>
+
+namespace host {
+
+// Long enough not to spin, short enough that Ctrl-C and Ruby's threads get
+// their turn promptly.
+static const NSTimeInterval kWaitSeconds = 0.05;
+
+bool create_application() {
+  // -finishLaunching and -run are left out on purpose: they would open the
+  // plugin's path, given on our command line, as a document and hang.
+  HostSignalsGuard hostSignals;
+  @autoreleasepool {
+    @try {
+      EnsureApplicationObject();
+      return true;
+    } @catch (NSException *exception) {
+      // Typically no display: say so plainly rather than abort.
+      std::fprintf(stderr, "velmar-host: %s\n", [[exception reason] UTF8String]);
+      return false;
+    }
+  }
+}
+
+std::string program_folder() {
+  @autoreleasepool {
+    NSString *path = [[NSBundle mainBundle] executablePath];
+    return [[[path stringByResolvingSymlinksInPath] stringByDeletingLastPathComponent]
+        fileSystemRepresentation];
+  }
+}
+
+// A titled window on screen: a panel the user still has to deal with. The
+// application's icon and menus have no title bar.
+static bool panel_on_screen() {
+  @autoreleasepool {
+    for (NSWindow *window in [NSApp windows])
+      if ([window isVisible] && ([window styleMask] & NSTitledWindowMask))
+        return true;
+    return false;
+  }
+}
+
+static void dispatch(NSEvent *event) {
+  @try {
+    [NSApp sendEvent:event];
+    [NSApp updateWindows];
+  } @catch (NSException *exception) {
+    // The extension stops its own; whatever else the toolkit throws must not end the host.
+    std::fprintf(stderr, "velmar-host: %s: %s\n", [[exception name] UTF8String],
+                 [[exception reason] UTF8String]);
+  }
+}
+
+// Waits up to kWaitSeconds for an event, then handles it and every event
+// already queued behind it, each in its own pool.
+static void handle_pending_events() {
+  HostSignalsGuard hostSignals;
+  for (bool first = true;; first = false) {
+    @autoreleasepool {
+      NSDate *until = first ? [NSDate dateWithTimeIntervalSinceNow:kWaitSeconds] : nil;
+      NSEvent *event = [NSApp nextEventMatchingMask:NSAnyEventMask
+                                          untilDate:until
+                                             inMode:NSDefaultRunLoopMode
+                                            dequeue:YES];
+      if (!event)
+        return;
+      dispatch(event);
+    }
+  }
+}
+
+int run_event_loop(std::optional<double> timeout_seconds) {
+  using Clock = std::chrono::steady_clock;
+  auto deadline = Clock::now() + std::chrono::duration_cast<Clock::duration>(
+                                     std::chrono::duration<double>(timeout_seconds.value_or(0)));
+  while (panel_on_screen()) {
+    if (timeout_seconds && Clock::now() >= deadline) {
+      std::fprintf(stderr, "velmar-host: the panel is still open after %g seconds\n",
+                   *timeout_seconds);
+      return 3;
+    }
+    handle_pending_events();
+    if (int status = ruby_turn(); status >= 0)
+      return status;
+  }
+  return 0;
+}
+
+} // namespace host

@@ -1,0 +1,56 @@
+require_relative "test_helper"
+
+# Faults that test/reliability/fuzz.rb found, each kept from coming back.
+class RegressionsTest < Minitest::Test
+  include PanelTest
+
+  BOM = "\u{FEFF}"
+
+  def setup = reset_panel
+
+  # GNUstep took a U+FEFF at the start of a script's text for a byte order
+  # mark and dropped it: OK then named a preset the script never gave.
+  def test_texts_keep_a_leading_feff
+    name = "#{BOM}Draft"
+    panel.populate_presets("#{name}|Draft")
+    panel.preset = name
+    panel.set_output_directory("custom", "#{BOM}#{BOM}/out")
+    assert_equal [[name, "Draft"], 0], control(:myPresetCombo).values_at(:items, :selected)
+    events = press_ok
+    assert_equal [name], events["preset_changed"]
+    assert_equal ["custom", "#{BOM}#{BOM}/out", name], events["output_changed"][4..6]
+  end
+
+  def test_a_leading_feff_makes_another_word
+    panel.set_environment_background("#{BOM}sky")
+    panel.output_format = "#{BOM}jpg"
+    panel.set_output_dimensions("#{BOM}fixed", 640, 480, 800, 600)
+    assert_equal [0, 0, 1], cell_states(:matrix)
+    assert_equal [0, 0, 1], cell_states(:aImageTypeLMatrix)
+    assert_equal [0, 0, 1], cell_states(:aImageSizeMatrix)
+  end
+
+  # Found by valgrind's memcheck (scripts/check-reliability.sh): every driver
+  # step that failed read its message after its autorelease pool was gone, and
+  # GNUstep leaked the bytes with an "autorelease called without pool" warning.
+  def test_a_failing_driver_step_leaks_nothing
+    out, err, status = run_ruby(<<~RUBY)
+      panel = Velmar::OptionsPanelWindow.new(OptionsPanelTexts::EN)
+      panel.show
+      panel.set_output_directory("model", "")
+      begin
+        OptionsPanelDriver.control(:no_such_control)
+      rescue RuntimeError => e
+        puts e.message
+      end
+      begin
+        OptionsPanelDriver.click(:myDirButton)
+      rescue RuntimeError => e
+        puts e.message
+      end
+    RUBY
+    assert status.success?, err
+    assert_match(/\AUnknownControl: no control named no_such_control\nControlDisabled: /, out)
+    refute_match(/autorelease called without pool/, err)
+  end
+end

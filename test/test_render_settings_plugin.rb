@@ -1,0 +1,89 @@
+require_relative "test_helper"
+require "stringio"
+require_relative "../examples/render_settings_plugin"
+
+# The example plugin: its settings fill every group of the panel, OK writes the
+# user's choices back into them, and the next showing starts from there.
+class RenderSettingsPluginTest < Minitest::Test
+  include PanelTest
+
+  Plugin = RenderSettingsPlugin
+  BOXES = %i[mySOLCButton myCausticsCButton myClayCButton myGCCButton myIBCButton myTCCButton
+             myAMCButton].freeze
+
+  def setup
+    reset_panel
+    @printed = StringIO.new
+    @plugin = Plugin::SettingsDialog.new(panel, Plugin::Settings.stored, out: @printed)
+  end
+
+  # The panel as the user sees it, group by group.
+  def shown
+    { preset: control(:myPresetCombo)[:text], size: cell_states(:aImageSizeMatrix),
+      fields: [text_of(:myWidthValueText), text_of(:myHeightValueText)],
+      format: cell_states(:aImageTypeLMatrix), transparent: control(:myTransCButton)[:state],
+      save: cell_states(:aISLMatrix), folder: text_of(:mySaveLocText), background: cell_states(:matrix),
+      sliders: [control(:myIntensitySlider)[:value], control(:myExposureSlider)[:value]],
+      boxes: BOXES.map { |box| control(box)[:state] } }
+  end
+
+  STORED = { preset: "Outdoor", size: [0, 1, 0], fields: %w[1920 1080], format: [0, 1, 0], transparent: 0,
+             save: [0, 1], folder: "/home/artist/Renders", background: [0, 1, 0], sliders: [70, 40],
+             boxes: [0, 0, 1, 0, 1, 0, 0] }.freeze
+
+  def test_showing_fills_every_group_from_the_settings
+    @plugin.show
+    assert_equal STORED, shown
+    assert Driver.window_state[:visible]
+  end
+
+  def test_ok_writes_the_choices_back_and_the_next_showing_starts_from_them
+    @plugin.show
+    change_every_group
+    Driver.click(:m_pButton)
+    assert_equal OK_EVENTS, @printed.string.lines.map { |line| line[/\A\w+/] }
+    refute @plugin.open?
+    assert_equal "preset Night; panorama 1920 x 960; pnga to model \"/home/artist/Renders\"; " \
+                 "sky2 background, brightness 50, contrast 50; on: caustics, information_bar",
+                 @plugin.settings.summary
+
+    # Whatever else set the panel meanwhile, the next showing is the plugin's.
+    reset_panel
+    @plugin.show
+    assert_equal({ preset: "Night", size: [0, 0, 1], fields: %w[1920 960], format: [1, 0, 0], transparent: 1,
+                   save: [1, 0], folder: "/home/artist/Renders", background: [0, 0, 1], sliders: [50, 50],
+                   boxes: [0, 1, 0, 0, 1, 0, 0] }, shown)
+  end
+
+  def change_every_group
+    Driver.pick(:myPresetCombo, 2)          # Night
+    Driver.click_cell(:aImageSizeMatrix, 2) # Panorama: the height becomes half the width
+    Driver.click_cell(:aImageTypeLMatrix, 0)
+    Driver.click(:myTransCButton)           # PNG with transparency: "pnga"
+    Driver.click_cell(:aISLMatrix, 0)       # Model
+    Driver.choose_tab(1)
+    Driver.click_cell(:matrix, 2)           # sky2
+    Driver.click(:myClayCButton)            # off
+    Driver.click(:myCausticsCButton)        # on
+    Driver.click_titled(1, "Reset")         # both sliders 50
+  end
+
+  def test_a_size_that_is_no_number_keeps_the_settings_size
+    @plugin.settings.width, @plugin.settings.height = 800, 600 # no size item: the fields are free
+    @plugin.show
+    Driver.clear(:myWidthValueText)
+    Driver.type(:myWidthValueText, "wide")
+    Driver.clear(:myHeightValueText)
+    Driver.type(:myHeightValueText, "450")
+    Driver.click(:m_pButton)
+    assert_equal ["fixed", 800, 450], @plugin.settings.to_h.values_at(:size_mode, :width, :height)
+  end
+
+  def test_close_leaves_the_settings_as_they_were
+    @plugin.show
+    Driver.click(:myCausticsCButton)
+    Driver.click(:m_cButton)
+    assert_equal ["close"], @printed.string.lines.map { |line| line[/\A\w+/] }
+    assert_equal Plugin::Settings.stored, @plugin.settings
+  end
+end
