@@ -13,9 +13,10 @@
 #
 # Prints one summary line per part and exits non-zero if any part fails. The
 # full form runs fuzz for 100000 steps and soak for 5000 cycles; --short runs
-# small sizes, a few minutes in all on two cores. Logs go to build-reliability/,
-# the instrumented builds to build-asan/ and build-memcheck/; build/ is only
-# brought up to date, as `make build` does.
+# small sizes, a few minutes in all on two cores. Logs go to
+# build-reliability/short/ or build-reliability/full/, the instrumented builds
+# to build-asan/ and build-memcheck/; build/ is only brought up to date, as
+# `make build` does.
 set -uo pipefail
 shopt -s nullglob
 cd "$(dirname "$0")/.."
@@ -53,8 +54,15 @@ else
   soak_cycles=5000 soak_limit=3600
 fi
 
-logs=$root/build-reliability
+# Each form keeps its logs apart, and a second run of the same form waits for
+# the first: they would write the same logs and rebuild the same directories.
+logs=$root/build-reliability/$( ((short)) && echo short || echo full)
 mkdir -p "$logs"
+exec 9>"$logs.lock"
+if ! flock -n 9; then
+  echo "reliability: waiting for the other run of this form to end" >&2
+  flock 9
+fi
 failed=0
 started=$SECONDS
 
@@ -136,8 +144,10 @@ ubsan_options="print_stacktrace=1:log_path=$reports/report"
 ubsan_options+=":suppressions=$root/scripts/reliability/ubsan.supp"
 sanitized=("LD_PRELOAD=$asan_runtime" "ASAN_OPTIONS=$asan_options" "UBSAN_OPTIONS=$ubsan_options")
 {
-  cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DOPTIONS_PANEL_SANITIZE=ON >/dev/null &&
-    timeout 900 cmake --build build-asan -j2 -- --no-print-directory >"$logs/build-asan.log" 2>&1
+  flock "$root/build-reliability/build.lock" \
+    cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DOPTIONS_PANEL_SANITIZE=ON >/dev/null &&
+    flock "$root/build-reliability/build.lock" \
+      timeout 900 cmake --build build-asan -j2 -- --no-print-directory >"$logs/build-asan.log" 2>&1
 } || { echo "build-asan failed; see $logs/build-asan.log" >"$log"; }
 if [[ ! -s $log ]]; then
   suite "$sanitizers_limit" "$log" build-asan "test/test_*.rb" "${sanitized[@]}"
@@ -172,9 +182,11 @@ rm -rf "$vglogs"
 mkdir -p "$vglogs"
 # valgrind 3.19 cannot read the DWARF 5 that clang 14 writes by default.
 {
-  cmake -S . -B build-memcheck -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+  flock "$root/build-reliability/build.lock" \
+    cmake -S . -B build-memcheck -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DCMAKE_CXX_FLAGS=-gdwarf-4 -DCMAKE_OBJCXX_FLAGS=-gdwarf-4 >/dev/null &&
-    timeout 900 cmake --build build-memcheck -j2 --target OptionsPanel OptionsPanelDriver \
+    flock "$root/build-reliability/build.lock" \
+      timeout 900 cmake --build build-memcheck -j2 --target OptionsPanel OptionsPanelDriver \
       -- --no-print-directory >"$logs/build-memcheck.log" 2>&1
 } || { echo "build-memcheck failed; see $logs/build-memcheck.log" >"$log"; }
 if [[ ! -s $log ]]; then
