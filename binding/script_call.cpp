@@ -57,8 +57,9 @@ void ensure_panel() {
   // The toolkit is not thread-safe: a call from elsewhere must change nothing.
   if (!OnMainThread())
     rb_raise(rb_eThreadError, "must be called on the main thread");
-  if (!panel::is_built())
-    provide_panel_texts();
+  if (panel::is_built())
+    return;
+  provide_panel_texts();
   raise_or_true(attempt([] { return panel::fetch(); }));
 }
 

@@ -5,24 +5,44 @@
 
 namespace velmar::panel {
 
+// The one controller, kept once built: the panel is never torn down, and
+// looking the class up by name on every script call would cost more than most
+// calls' own work.
+static OptionsPanel *builtController = nil;
+
+static Class PoolClass() {
+  static Class pool = [NSAutoreleasePool class];
+  return pool;
+}
+
 // Runs one operation on the controller: inside its own autorelease pool, with
 // any toolkit exception stopped here and handed back as a value.
 template <typename Operation> static Outcome Perform(Operation operation) {
   Outcome outcome;
-  HostSignalsGuard hostSignals;
-  @autoreleasepool {
-    @try {
-      operation([OptionsPanel sharedController]);
-    } @catch (NSException *exception) {
-      outcome =
-          ToolkitFailure{Utf8FromNSString([exception name]), Utf8FromNSString([exception reason])};
-    }
+  NSAutoreleasePool *pool = [PoolClass() new];
+  @try {
+    if (!builtController)
+      builtController = [OptionsPanel sharedController];
+    operation(builtController);
+  } @catch (NSException *exception) {
+    outcome =
+        ToolkitFailure{Utf8FromNSString([exception name]), Utf8FromNSString([exception reason])};
   }
+  [pool drain];
   return outcome;
+}
+
+// For the calls that start the toolkit or put windows on and off screen, where
+// GNUstep installs its own signal handlers.
+template <typename Operation> static Outcome PerformWithHostSignals(Operation operation) {
+  HostSignalsGuard hostSignals;
+  return Perform(operation);
 }
 
 // The first message to the class initialises it, which may autorelease.
 bool is_built() {
+  if (builtController)
+    return true;
   @autoreleasepool {
     return [OptionsPanel isBuilt];
   }
@@ -35,15 +55,15 @@ void provide_texts(PanelTexts texts) {
 }
 
 Outcome fetch() {
-  return Perform([](OptionsPanel *) {});
+  return PerformWithHostSignals([](OptionsPanel *) {});
 }
 
 Outcome show() {
-  return Perform([](OptionsPanel *controller) { [controller showPanel]; });
+  return PerformWithHostSignals([](OptionsPanel *controller) { [controller showPanel]; });
 }
 
 Outcome close() {
-  return Perform([](OptionsPanel *controller) { [controller closePanel]; });
+  return PerformWithHostSignals([](OptionsPanel *controller) { [controller closePanel]; });
 }
 
 Outcome remember_viewport_width(int32_t width) {

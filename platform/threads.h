@@ -14,6 +14,8 @@ inline bool OnMainThread() {
 #if defined(__APPLE__)
   return pthread_main_np() != 0;
 #else
-  return syscall(SYS_gettid) == getpid();
+  // Asked on every script call; a thread's answer never changes.
+  static thread_local const bool main = syscall(SYS_gettid) == getpid();
+  return main;
 #endif
 }
