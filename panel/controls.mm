@@ -1,14 +1,21 @@
 #import "panel/controls.h"
 
+static NSString *Decoded(const char *bytes, size_t length) {
+  NSString *s = [[NSString alloc] initWithBytes:bytes length:length encoding:NSUTF8StringEncoding];
+  return [s autorelease];
+}
+
 NSString *NSStringFromUtf8(const std::string &text) {
   // GNUstep drops U+FEFF characters at the start of the text it decodes, as
   // if they were byte order marks; behind a byte of our own they stay part of
-  // the text, as the script gave it.
-  std::string guarded = "." + text;
-  NSString *s = [[NSString alloc] initWithBytes:guarded.data()
-                                         length:guarded.size()
-                                       encoding:NSUTF8StringEncoding];
-  return s ? [[s autorelease] substringFromIndex:1] : @"";
+  // the text, as the script gave it. Only such a text takes the detour.
+  static const std::string byteOrderMark = "\xEF\xBB\xBF";
+  NSString *s;
+  if (text.compare(0, byteOrderMark.size(), byteOrderMark) != 0)
+    s = Decoded(text.data(), text.size());
+  else
+    s = [Decoded(("." + text).data(), text.size() + 1) substringFromIndex:1];
+  return s ? s : @"";
 }
 
 std::string Utf8FromNSString(NSString *text) {
@@ -121,16 +128,23 @@ NSInteger SelectedCellIndex(NSMatrix *group) {
   return -1;
 }
 
+static void ShowComboItem(NSComboBox *combo, NSInteger index) {
+  // Our combo boxes cannot be edited, so there is no edit for the control to
+  // end first: the cell takes the text and redraws the box once.
+  [[combo cell] setStringValue:index >= 0 ? [combo itemObjectValueAtIndex:index] : @""];
+}
+
 void ShowComboSelection(NSComboBox *combo) {
-  NSInteger index = [combo indexOfSelectedItem];
-  [combo setStringValue:index >= 0 ? [combo itemObjectValueAtIndex:index] : @""];
+  ShowComboItem(combo, [combo indexOfSelectedItem]);
 }
 
 void SelectComboItem(NSComboBox *combo, NSString *text) {
   NSInteger index = [combo indexOfItemWithObjectValue:text];
-  if (index != NSNotFound)
-    [combo selectItemAtIndex:index];
-  ShowComboSelection(combo);
+  // A text not in the list changes nothing; the selected item is shown already.
+  if (index == NSNotFound || index == [combo indexOfSelectedItem])
+    return;
+  [combo selectItemAtIndex:index];
+  ShowComboItem(combo, index);
 }
 
 void SetFieldEnabled(NSTextField *field, BOOL enabled) {

@@ -32,10 +32,11 @@ template <typename Operation> static Outcome Perform(Operation operation) {
   return outcome;
 }
 
-// For the calls that start the toolkit or put windows on and off screen, where
-// GNUstep installs its own signal handlers.
-template <typename Operation> static Outcome PerformWithHostSignals(Operation operation) {
+// For the calls that start the toolkit or put windows on and off screen: there
+// GNUstep installs its own signal handlers and looks up the images it draws.
+template <typename Operation> static Outcome PerformWindowing(Operation operation) {
   HostSignalsGuard hostSignals;
+  ShortImageSearch imageSearch;
   return Perform(operation);
 }
 
@@ -55,15 +56,15 @@ void provide_texts(PanelTexts texts) {
 }
 
 Outcome fetch() {
-  return PerformWithHostSignals([](OptionsPanel *) {});
+  return PerformWindowing([](OptionsPanel *) {});
 }
 
 Outcome show() {
-  return PerformWithHostSignals([](OptionsPanel *controller) { [controller showPanel]; });
+  return PerformWindowing([](OptionsPanel *controller) { [controller showPanel]; });
 }
 
 Outcome close() {
-  return PerformWithHostSignals([](OptionsPanel *controller) { [controller closePanel]; });
+  return PerformWindowing([](OptionsPanel *controller) { [controller closePanel]; });
 }
 
 Outcome remember_viewport_width(int32_t width) {
