@@ -8,25 +8,35 @@ namespace velmar {
 
 static VALUE options_panel_observers = Qnil;
 
+// One event on its way through the observers present when it was sent; an
+// observer added meanwhile hears only later events.
 struct Delivery {
-  VALUE observer;
+  VALUE observers;
+  long count;
+  long next;
   ID method;
   VALUE payload;
 };
 
-static VALUE deliver_to(VALUE argument) {
-  const auto *delivery = reinterpret_cast<const Delivery *>(argument);
-  if (rb_respond_to(delivery->observer, delivery->method))
-    rb_funcall(delivery->observer, delivery->method, 1, delivery->payload);
+// Resumable: after an observer fails, the next call goes on with the one after
+// it, so one protected frame serves the whole list rather than one per observer.
+static VALUE deliver_from_next(VALUE argument) {
+  auto *delivery = reinterpret_cast<Delivery *>(argument);
+  while (delivery->next < delivery->count) {
+    VALUE observer = rb_ary_entry(delivery->observers, delivery->next++);
+    if (rb_respond_to(observer, delivery->method))
+      rb_funcallv(observer, delivery->method, 1, &delivery->payload);
+  }
   return Qnil;
 }
 
 // Any jump out of Ruby code (raise, throw, exit) stops here, not in our frames.
-static void protect(VALUE (*body)(VALUE), VALUE argument) {
+// Returns false when the body jumped out.
+static bool protect(VALUE (*body)(VALUE), VALUE argument) {
   int state = 0;
   rb_protect(body, argument, &state);
   if (!state)
-    return;
+    return true;
   VALUE error = rb_errinfo();
   rb_set_errinfo(Qnil);
   // A throw to a catch outside the panel cannot be resumed once stopped here;
@@ -35,16 +45,19 @@ static void protect(VALUE (*body)(VALUE), VALUE argument) {
     error = rb_exc_new_cstr(rb_eRuntimeError,
                             "an observer jumped out of its event; the jump stops at the panel");
   observer_failed(error);
+  return false;
+}
+
+static void notify(ID event, VALUE payload) {
+  Delivery delivery{options_panel_observers, RARRAY_LEN(options_panel_observers), 0, event,
+                    payload};
+  while (!protect(deliver_from_next, reinterpret_cast<VALUE>(&delivery)))
+    ;
+  RB_GC_GUARD(payload);
 }
 
 void notify_options_window_observer(const char *event, VALUE payload) {
-  ID method = rb_intern(event);
-  long count = RARRAY_LEN(options_panel_observers);
-  for (long i = 0; i < count; ++i) {
-    Delivery delivery{rb_ary_entry(options_panel_observers, i), method, payload};
-    protect(deliver_to, reinterpret_cast<VALUE>(&delivery));
-  }
-  RB_GC_GUARD(payload);
+  notify(rb_intern(event), payload);
 }
 
 static VALUE ruby_value(const EventValue &value) {
@@ -87,9 +100,11 @@ VALUE _options_panel_observe(VALUE, VALUE observer) {
 }
 
 VALUE _set_environment_show_render_all(VALUE, VALUE value) {
+  // Scripts may send this one in a loop: its name is looked up once.
+  static const ID event = rb_intern("options_changed_show_render_all");
   VALUE payload = rb_ary_new_from_values(1, &value);
   return raise_or_true(attempt([=] {
-    notify_options_window_observer("options_changed_show_render_all", payload);
+    notify(event, payload);
     return panel::Outcome();
   }));
 }
