@@ -6,6 +6,8 @@
 #include <ruby.h>
 #include <objc/runtime.h>
 
+#import "platform/platform.h"
+
 @interface NSObject (OptionsPanelController)
 + (BOOL)isBuilt;
 + (id)sharedController;
@@ -144,6 +146,17 @@ static VALUE click(VALUE, VALUE name) {
   });
 }
 
+// What a button does once the user's click completes: its action, sent as
+// the toolkit sends it. performClick: also flashes the button for a tenth of a
+// second first, which is longer than anything the panel does.
+static VALUE press(VALUE, VALUE name) {
+  return Drive([=] {
+    NSControl *control = RequireEnabled(Control(Name(name)));
+    [control sendAction:[control action] to:[control target]];
+    return (id)nil;
+  });
+}
+
 static VALUE click_cell(VALUE, VALUE name, VALUE index) {
   long i = NUM2LONG(index);
   return Drive([=] {
@@ -244,6 +257,24 @@ static VALUE process_events(VALUE) {
   return Drive([] {
     [Controller() processEvents];
     return (id)nil;
+  });
+}
+
+// What a host has done before any plugin runs: the application object exists,
+// the panel does not.
+static VALUE start_application(VALUE) {
+  return Drive([] {
+    HostSignalsGuard hostSignals;
+    EnsureApplicationObject();
+    return (id)nil;
+  });
+}
+
+// On screen with every view drawn: what a user sees once showing has finished.
+static VALUE drawn(VALUE) {
+  return Drive([] {
+    NSWindow *window = PanelWindow();
+    return (id)Flag([window isVisible] && ![window viewsNeedDisplay]);
   });
 }
 
@@ -407,6 +438,7 @@ static VALUE screenshot_window(VALUE, VALUE path) {
 extern "C" __attribute__((visibility("default"))) void Init_OptionsPanelDriver() {
   VALUE driver = rb_define_module("OptionsPanelDriver");
   rb_define_module_function(driver, "click", click, 1);
+  rb_define_module_function(driver, "press", press, 1);
   rb_define_module_function(driver, "click_cell", click_cell, 2);
   rb_define_module_function(driver, "pick", pick, 2);
   rb_define_module_function(driver, "click_titled", click_titled, 2);
@@ -416,6 +448,8 @@ extern "C" __attribute__((visibility("default"))) void Init_OptionsPanelDriver()
   rb_define_module_function(driver, "close_box", close_box, 0);
   rb_define_module_function(driver, "choose_tab", choose_tab, 1);
   rb_define_module_function(driver, "process_events", process_events, 0);
+  rb_define_module_function(driver, "start_application", start_application, 0);
+  rb_define_module_function(driver, "drawn?", drawn, 0);
   rb_define_module_function(driver, "answer_folder_chooser", answer_folder_chooser, 2);
   rb_define_module_function(driver, "folder_chooser_answered?", folder_chooser_answered, 0);
   rb_define_module_function(driver, "control", control, 1);
