@@ -3,7 +3,7 @@ BUILD_DIR ?= build
 RUBY ?= ruby
 TEST_TIMEOUT ?= 900
 
-.PHONY: all deps build test demo screenshots check-reliability check-reliability-short clean format
+.PHONY: all deps build test demo screenshots check-reliability check-reliability-short bench clean format
 
 all: build
 
@@ -25,6 +25,12 @@ check-reliability: build
 
 check-reliability-short: build
 	@scripts/check-reliability.sh --short
+
+# Our panel beside the same dialog in GTK 3 and in a WebKitGTK view (docs/PERFORMANCE.md);
+# BENCH_ARGS="--write docs/PERFORMANCE.md" also records the tables there.
+bench: build
+	@scripts/install-deps.sh --bench
+	@timeout 7200 scripts/with-display.sh $(RUBY) bench/run.rb --build $(BUILD_DIR) $(BENCH_ARGS)
 
 demo: build
 	@scripts/with-display.sh $(BUILD_DIR)/velmar-host examples/render_settings_plugin.rb -- \

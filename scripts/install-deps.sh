@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs the Debian packages that building, testing and the demo need.
+# Installs the Debian packages that building, testing and the demo need;
+# with --bench also the peers that bench/ measures our panel against.
 # Safe to run again: it asks apt only for what is missing.
 set -euo pipefail
 
@@ -15,6 +16,10 @@ packages=(
   # them in this font, which has Latin letters too.
   fonts-ipafont-gothic
 )
+if [[ ${1:-} == --bench ]]; then
+  # The same dialog built with GTK 3 and as an HTML page in a WebKitGTK view.
+  packages+=(ruby-gtk3 ruby-webkit2-gtk)
+fi
 
 missing=()
 for p in "${packages[@]}"; do
