@@ -109,6 +109,23 @@ class ScriptClassTest < Minitest::Test
     assert_equal 1, control(:myClayCButton)[:state]
   end
 
+  # The panel finds its own images with a shorter list of file types; the
+  # host's list must be whole again once the panel is on screen.
+  def test_the_host_keeps_every_image_type
+    out, err, status = run_ruby(<<~RUBY)
+      Driver = OptionsPanelDriver
+      Driver.start_application
+      before = Driver.image_types
+      Velmar::OptionsPanelWindow.new(OptionsPanelTexts::EN).show
+      Driver.process_events
+      puts before.size, before == Driver.image_types, before.include?("bmp")
+    RUBY
+    assert status.success?, err
+    count, same, bmp = out.split
+    assert_operator count.to_i, :>, 100, "ImageMagick's types are part of the host's list"
+    assert_equal %w[true true], [same, bmp]
+  end
+
   # The toolkit starts helper daemons as child processes; the script's own
   # children must still be reaped by Ruby afterwards.
   def test_scripts_can_still_run_child_processes

@@ -406,6 +406,12 @@ static VALUE built(VALUE) {
   });
 }
 
+// The image file types the process can read: the host's, whatever the panel
+// does to find its own images faster.
+static VALUE image_types(VALUE) {
+  return Drive([] { return (id)[NSImage imageFileTypes]; });
+}
+
 static VALUE modal_panel_level(VALUE) {
   return Drive([] { return (id) @(NSModalPanelWindowLevel); });
 }
@@ -459,6 +465,7 @@ extern "C" __attribute__((visibility("default"))) void Init_OptionsPanelDriver()
   rb_define_module_function(driver, "window_state", window_state, 0);
   rb_define_module_function(driver, "built?", built, 0);
   rb_define_module_function(driver, "modal_panel_level", modal_panel_level, 0);
+  rb_define_module_function(driver, "image_types", image_types, 0);
   rb_define_module_function(driver, "screenshot", screenshot, 1);
   rb_define_module_function(driver, "screenshot_window", screenshot_window, 1);
 }
