@@ -2,12 +2,12 @@
 # The reliability checks, in this order, each under a time limit of its own:
 #
 #   gc-stress   the test suite with a full garbage collection at every allocation
-#   sanitizers  the suite and test/reliability/session.rb with both extensions
+#   sanitizers  the suite and reliability/session.rb with both extensions
 #               built with AddressSanitizer and UndefinedBehaviorSanitizer
-#   memcheck    test/reliability/session.rb under valgrind: blocks definitely
+#   memcheck    reliability/session.rb under valgrind: blocks definitely
 #               lost whose allocation passed through this project's code
-#   fuzz        test/reliability/fuzz.rb
-#   soak        test/reliability/soak.rb
+#   fuzz        reliability/fuzz.rb
+#   soak        reliability/soak.rb
 #
 #   scripts/check-reliability.sh [--short]
 #
@@ -144,11 +144,11 @@ reports=$logs/sanitizers
 rm -rf "$reports"
 mkdir -p "$reports"
 asan_runtime=$(clang -print-file-name=libclang_rt.asan-x86_64.so)
-# use_sigaltstack=0 and detect_leaks=0: see scripts/reliability/asan.supp.
+# use_sigaltstack=0 and detect_leaks=0: see reliability/asan.supp.
 asan_options="detect_leaks=0:use_sigaltstack=0:log_path=$reports/report"
-asan_options+=":suppressions=$root/scripts/reliability/asan.supp"
+asan_options+=":suppressions=$root/reliability/asan.supp"
 ubsan_options="print_stacktrace=1:log_path=$reports/report"
-ubsan_options+=":suppressions=$root/scripts/reliability/ubsan.supp"
+ubsan_options+=":suppressions=$root/reliability/ubsan.supp"
 sanitized=("LD_PRELOAD=$asan_runtime" "ASAN_OPTIONS=$asan_options" "UBSAN_OPTIONS=$ubsan_options")
 {
   flock "$root/build-reliability/build.lock" \
@@ -161,14 +161,14 @@ if [[ ! -s $log ]]; then
   rc=$?
   session_log=$logs/sanitizers-session.log
   timed "$sanitizers_limit" "$session_log" scripts/with-display.sh env "${sanitized[@]}" \
-    "$ruby" -I build-asan test/reliability/session.rb --cycles "$session_cycles"
+    "$ruby" -I build-asan reliability/session.rb --cycles "$session_cycles"
   session_rc=$?
   cat "$session_log" >>"$log"
 else
   rc=1 session_rc=1
 fi
 read -r f e n <<<"$(suite_counts "$log")"
-read -r in_project elsewhere <<<"$("$ruby" scripts/reliability/sanitizer-count.rb "$root" \
+read -r in_project elsewhere <<<"$("$ruby" reliability/sanitizer-count.rb "$root" \
   "$reports"/report.* /dev/null)"
 verdict=$(status_text $rc "$sanitizers_limit")
 [[ $verdict == ok ]] && verdict=$(status_text $session_rc "$sanitizers_limit")
@@ -206,35 +206,35 @@ if [[ ! -s $log ]]; then
     valgrind --tool=memcheck --leak-check=full --show-leak-kinds=definite \
     --errors-for-leak-kinds=definite --undef-value-errors=no --num-callers=50 \
     --keep-debuginfo=yes --run-libc-freeres=no --fullpath-after= \
-    --suppressions="$root/scripts/reliability/memcheck.supp" \
+    --suppressions="$root/reliability/memcheck.supp" \
     --log-file="$vglogs/valgrind.%p.log" \
-    "$ruby" -I build-memcheck test/reliability/session.rb --cycles "$memcheck_cycles"
+    "$ruby" -I build-memcheck reliability/session.rb --cycles "$memcheck_cycles"
   rc=$?
 else
   rc=1
 fi
-blocks=$("$ruby" scripts/reliability/memcheck-count.rb "$root" "$vglogs"/valgrind.*.log /dev/null)
+blocks=$("$ruby" reliability/memcheck-count.rb "$root" "$vglogs"/valgrind.*.log /dev/null)
 all=$(cat "$vglogs"/valgrind.*.log 2>/dev/null | sed -n 's/.*definitely lost: [0-9,]* bytes in \([0-9,]*\) blocks.*/\1/p' |
   tr -d , | awk '{ s += $1 } END { print s + 0 }')
 verdict=$(status_text $rc "$memcheck_limit")
 grep -q "^session: $memcheck_cycles cycles" "$log" || [[ $verdict != ok ]] || verdict="session did not finish"
-[[ $verdict == ok && $blocks -ne 0 ]] && verdict="leaks; scripts/reliability/memcheck-count.rb --show lists them"
+[[ $verdict == ok && $blocks -ne 0 ]] && verdict="leaks; reliability/memcheck-count.rb --show lists them"
 line="memcheck: $blocks definitely lost blocks in project code ($((all - blocks)) elsewhere;"
 line+=" session of $memcheck_cycles cycles; $((SECONDS - t)) s)"
 summary "$line" "$verdict" "$log"
 
 # ---- 4 and 5. fuzz and soak --------------------------------------------------
-# program NAME ARGUMENT COUNT LIMIT PATTERN: runs test/reliability/NAME.rb and
+# program NAME ARGUMENT COUNT LIMIT PATTERN: runs reliability/NAME.rb and
 # passes on its last line, which must match PATTERN.
 program() {
   local name=$1 argument=$2 count=$3 limit=$4 pattern=$5
   local log=$logs/$name.log t=$SECONDS
-  if [[ ! -f test/reliability/$name.rb ]]; then
-    echo "test/reliability/$name.rb is missing" >"$log"
+  if [[ ! -f reliability/$name.rb ]]; then
+    echo "reliability/$name.rb is missing" >"$log"
     summary "$name: not run" "missing" "$log"
     return
   fi
-  timed "$limit" "$log" scripts/with-display.sh "$ruby" -I build "test/reliability/$name.rb" "$argument" "$count"
+  timed "$limit" "$log" scripts/with-display.sh "$ruby" -I build "reliability/$name.rb" "$argument" "$count"
   local rc=$? last
   last=$(grep "^$name: " "$log" | tail -n 1)
   local verdict

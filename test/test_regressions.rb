@@ -1,6 +1,6 @@
 require_relative "test_helper"
 
-# Faults that test/reliability/fuzz.rb found, each kept from coming back.
+# Faults that reliability/fuzz.rb found, each kept from coming back.
 class RegressionsTest < Minitest::Test
   include PanelTest
 

@@ -2,7 +2,7 @@
 # with arguments of every kind, mixed with user actions through the driver,
 # with the panel's invariants checked after every step.
 #
-#   ruby -I build test/reliability/fuzz.rb --steps N [--replay K]
+#   ruby -I build reliability/fuzz.rb --steps N [--replay K]
 #
 # Every choice comes from one Random started from the replay key K, so a
 # failing run is replayed exactly by the command it prints. The steps run in a
@@ -788,7 +788,7 @@ class FuzzWorker
   def start_panel
     require "OptionsPanel"
     require "OptionsPanelDriver"
-    require_relative "../../examples/texts/en"
+    require_relative "../examples/texts/en"
     @driver = OptionsPanelDriver
     @texts = OptionsPanelTexts::EN
     @args = FuzzArguments.new(@rng, @texts)

@@ -2,14 +2,14 @@
 # script methods, the user's clicks and typing, OK, close and show in cycles,
 # with the error paths (wrong argument types, raising observers) in every cycle.
 #
-#   ruby -I build test/reliability/session.rb [--cycles N]
+#   ruby -I build reliability/session.rb [--cycles N]
 #
 # scripts/check-reliability.sh runs it under valgrind's memcheck and, built
 # with the sanitizers, under ASan and UBSan. Last line: `session: <N> cycles`.
 require "optparse"
 require "OptionsPanel"
 require "OptionsPanelDriver"
-require_relative "../../examples/texts/en"
+require_relative "../examples/texts/en"
 
 cycles = 300
 OptionParser.new do |o|

@@ -1,13 +1,13 @@
 # Counts the blocks that valgrind's memcheck reports as definitely lost and
 # whose allocation stack passes through this project's code: a frame in
-# binding/, panel/, platform/ or test/driver/, or in one of the two extensions.
+# binding/, panel/, platform/ or driver/, or in one of the two extensions.
 #
-#   ruby scripts/reliability/memcheck-count.rb ROOT LOG... [--show]
+#   ruby reliability/memcheck-count.rb ROOT LOG... [--show]
 #
 # Prints the count of blocks; --show also prints each such loss record.
 root = File.expand_path(ARGV.shift)
 show = ARGV.delete("--show")
-project = %r{#{Regexp.escape(root)}/(binding|panel|platform|test/driver)/|/OptionsPanel(Driver)?\.so\b}
+project = %r{#{Regexp.escape(root)}/(binding|panel|platform|driver)/|/OptionsPanel(Driver)?\.so\b}
 
 blocks = 0
 ARGV.each do |log|

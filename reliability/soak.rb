@@ -2,7 +2,7 @@
 # every setter, show, typing, OK, close) and reports how far the resident set
 # grew and how many objects GNUstep had to leak for want of an autorelease pool.
 #
-#   ruby -I build test/reliability/soak.rb --cycles N [--warmup M]
+#   ruby -I build reliability/soak.rb --cycles N [--warmup M]
 require "optparse"
 require "tempfile"
 
@@ -139,7 +139,7 @@ end
 def run_cycles(cycles, warmup)
   require "OptionsPanel"
   require "OptionsPanelDriver"
-  require_relative "../../examples/texts/en"
+  require_relative "../examples/texts/en"
 
   panel = Velmar::OptionsPanelWindow.new(OptionsPanelTexts::EN)
   observer = SoakObserver.new

@@ -1,14 +1,14 @@
 # Counts the reports that AddressSanitizer and UndefinedBehaviorSanitizer wrote
 # to their log files, split into those whose stack passes through this
-# project's code (binding/, panel/, platform/, test/driver/ or one of the two
+# project's code (binding/, panel/, platform/, driver/ or one of the two
 # extensions) and all others.
 #
-#   ruby scripts/reliability/sanitizer-count.rb ROOT LOG... [--show]
+#   ruby reliability/sanitizer-count.rb ROOT LOG... [--show]
 #
 # Prints "<in project code> <elsewhere>"; --show also prints each report.
 root = File.expand_path(ARGV.shift)
 show = ARGV.delete("--show")
-project = %r{#{Regexp.escape(root)}/(binding|panel|platform|test/driver)/|/OptionsPanel(Driver)?\.so\b}
+project = %r{#{Regexp.escape(root)}/(binding|panel|platform|driver)/|/OptionsPanel(Driver)?\.so\b}
 start = /==\d+==ERROR: |: runtime error: |Sanitizer: CHECK failed|==\d+==WARNING: .*Sanitizer/
 
 reports = []
