@@ -1,7 +1,12 @@
 #import "panel/controls.h"
 
 static NSString *Decoded(const char *bytes, size_t length) {
-  NSString *s = [[NSString alloc] initWithBytes:bytes length:length encoding:NSUTF8StringEncoding];
+  // Every script call with a text comes here; the class is looked up by name
+  // only once rather than at each message to it.
+  static Class stringClass = [NSString class];
+  NSString *s = [[stringClass alloc] initWithBytes:bytes
+                                            length:length
+                                          encoding:NSUTF8StringEncoding];
   return [s autorelease];
 }
 
@@ -130,8 +135,8 @@ NSInteger SelectedCellIndex(NSMatrix *group) {
 
 static void ShowComboItem(NSComboBox *combo, NSInteger index) {
   // Our combo boxes cannot be edited, so there is no edit for the control to
-  // end first: the cell takes the text and redraws the box once.
-  [[combo cell] setStringValue:index >= 0 ? [combo itemObjectValueAtIndex:index] : @""];
+  // end first: the cell takes the item itself (a string) and redraws the box once.
+  [[combo cell] setObjectValue:index >= 0 ? [combo itemObjectValueAtIndex:index] : @""];
 }
 
 void ShowComboSelection(NSComboBox *combo) {
