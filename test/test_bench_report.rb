@@ -1,0 +1,56 @@
+require "minitest/autorun"
+require "tmpdir"
+require_relative "../bench/report"
+
+# What `make bench` prints from its figures: the ratios peer/ours, each held to
+# its target, and every miss named at the end.
+class BenchReportTest < Minitest::Test
+  def figures(ours_combo:, ours_rss_growth:)
+    base = { "cold_ns" => 300e6, "peak_rss_kib" => 50_000, "construction_ns" => 50e6,
+             "setter_text_ns" => 4000, "setter_check_ns" => 1000, "setter_radio_ns" => 2000,
+             "setter_slider_ns" => 500, "setter_combo_ns" => ours_combo, "ok_ns" => 30_000,
+             "rss_1000_kib" => 60_000, "rss_10000_kib" => 60_000 + ours_rss_growth }
+    peer = ->(factor) { base.to_h { |k, v| [k, k.start_with?("rss") ? v * 2 : v * factor] } }
+    { "ours" => base, "gtk" => peer.(6).merge("setter_combo_ns" => 12_000), "html" => peer.(100) }
+  end
+
+  def events(ours:)
+    { 100 => { "ours" => ours, "loop" => 300.0, "observable" => 300.0, "direct" => 120.0,
+               "method_call" => 100.0 } }
+  end
+
+  def report(combo: 2000, growth: 0, ours_event: 100.0)
+    results = { figures: figures(ours_combo: combo, ours_rss_growth: growth), events: events(ours: ours_event) }
+    Bench::Report.new(results, runs: 3, cycles: [1000, 10_000])
+  end
+
+  def test_ratios_meet_their_targets
+    text = report.markdown
+    assert_includes text, "| setter: combo | µs/call | 2.00 | 12.0 | 6.00x (≥ 5x met) |"
+    assert_includes text, "| cold start | ms | 300 | 1800 | 6.00x (≥ 3x met) | 30000 | 100x (≥ 4x met) |"
+    assert_includes text, "| 100 | 100 | 300 (3.00x) | 300 (3.00x) | 120 (1.20x) | 100 (1.00x) |"
+    assert_match(/Every target met\.\n\z/, text)
+  end
+
+  def test_every_miss_is_named
+    text = report(combo: 4000, growth: 2048, ours_event: 200.0).markdown
+    assert_includes text, "3.00x (≥ 5x MISSED)"
+    misses = text[/Targets missed:\n\n(.*)\z/m, 1].lines.map(&:chomp)
+    assert_equal ["- setter: combo: GTK 3 3.00x, target 5x",
+                  "- 100 observers: under 2x cheaper than Observable",
+                  "- 100 observers: over 1.5x direct calls",
+                  "- OptionsPanel grew 2048 KiB from 1000 to 10000 cycles"], misses
+  end
+
+  def test_the_tables_replace_only_what_lies_between_the_markers
+    Dir.mktmpdir do |dir|
+      path = File.join(dir, "PERFORMANCE.md")
+      File.write(path, "# Head\n\n#{Bench::Report::BEGIN_MARK}\nold\n#{Bench::Report::END_MARK}\n\nTail\n")
+      report.write(path)
+      text = File.read(path)
+      assert text.start_with?("# Head\n\n#{Bench::Report::BEGIN_MARK}\nMeasured ")
+      assert text.end_with?("Every target met.\n#{Bench::Report::END_MARK}\n\nTail\n")
+      refute_includes text, "\nold\n"
+    end
+  end
+end
