@@ -1,3 +1,5 @@
+# frozen_string_literal: true
+
 # The Render Options dialog as an HTML page in an embedded WebKitGTK view,
 # driven from Ruby the way a plugin would drive a web-based dialog.
 require "json"
