@@ -87,7 +87,7 @@ module Bench
         @drawn = false
         yield
         pump until @drawn
-        @window.display.sync
+        @display.sync
         true
       end
 
@@ -147,6 +147,9 @@ module Bench
         @window.resizable = false
         @window.signal_connect("delete-event") { close; true }
         @window.signal_connect_after("draw") { @drawn = true; false }
+        # Held here: a display wrapper fetched anew at each show was seen to be
+        # collected from under ruby-gnome after some thousand cycles (a crash).
+        @display = @window.display
         @preset_combo = Gtk::ComboBoxText.new
         @preset_combo.hexpand = true
         @ok_button = button("opt-ok-btn-title") { on_ok }
