@@ -5,9 +5,11 @@
 #   ruby reliability/memcheck-count.rb ROOT LOG... [--show]
 #
 # Prints the count of blocks; --show also prints each such loss record.
+require_relative "project_code"
+
 root = File.expand_path(ARGV.shift)
 show = ARGV.delete("--show")
-project = %r{#{Regexp.escape(root)}/(binding|panel|platform|driver)/|/OptionsPanel(Driver)?\.so\b}
+project = project_code(root)
 
 blocks = 0
 ARGV.each do |log|

@@ -6,9 +6,11 @@
 #   ruby reliability/sanitizer-count.rb ROOT LOG... [--show]
 #
 # Prints "<in project code> <elsewhere>"; --show also prints each report.
+require_relative "project_code"
+
 root = File.expand_path(ARGV.shift)
 show = ARGV.delete("--show")
-project = %r{#{Regexp.escape(root)}/(binding|panel|platform|driver)/|/OptionsPanel(Driver)?\.so\b}
+project = project_code(root)
 start = /==\d+==ERROR: |: runtime error: |Sanitizer: CHECK failed|==\d+==WARNING: .*Sanitizer/
 
 reports = []

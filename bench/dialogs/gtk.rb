@@ -4,10 +4,13 @@
 # of our panel: the same controls and English texts in a window of about the
 # same size, the same rules between the controls, and the same events on OK.
 require_relative "../../examples/texts/en"
+require_relative "glib_peer"
 
 module Bench
   module Dialogs
     class Gtk3Dialog
+      include GLibPeer
+
       NAME = "GTK 3"
       TEXTS = OptionsPanelTexts::EN
       SIZES = ["Custom", "230 x 150", "640 x 480", "1024 x 768", "2048 x 1536", "3076 x 2034",
@@ -30,11 +33,6 @@ module Bench
         true
       end
 
-      def initialize
-        @observers = []
-        @window = nil
-      end
-
       def build_and_show
         build unless @window
         show
@@ -46,14 +44,7 @@ module Bench
         true
       end
 
-      def observe(observer)
-        @observers << observer
-        true
-      end
-
       def press_ok = @ok_button.clicked
-      def pump = GLib::MainContext.default.iteration(true)
-      def pending? = GLib::MainContext.default.pending?
 
       def close
         return true unless @window&.visible?
@@ -76,10 +67,6 @@ module Bench
       end
 
       private
-
-      def emit(name, payload)
-        @observers.each { |o| o.public_send(name, payload) if o.respond_to?(name) }
-      end
 
       # Runs the block, then the main loop until the window has drawn itself
       # once, then waits for the X server to have done the drawing.

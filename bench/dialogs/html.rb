@@ -3,10 +3,13 @@
 # The Render Options dialog as an HTML page in an embedded WebKitGTK view,
 # driven from Ruby the way a plugin would drive a web-based dialog.
 require "json"
+require_relative "glib_peer"
 
 module Bench
   module Dialogs
     class HtmlDialog
+      include GLibPeer
+
       NAME = "WebKitGTK HTML"
       PAGE = File.join(__dir__, "html", "dialog.html")
       HANDLER = "dialog" # window.webkit.messageHandlers.dialog on the page
@@ -30,11 +33,6 @@ module Bench
           GObjectIntrospection::Loader.load("JavaScriptCore", ::JavaScriptCore)
         end
         @started = true
-      end
-
-      def initialize
-        @observers = []
-        @window = nil
       end
 
       def build_and_show
@@ -70,18 +68,10 @@ module Bench
         true
       end
 
-      def observe(observer)
-        @observers << observer
-        true
-      end
-
       def press_ok
         @view.run_javascript("document.getElementById('ok').click()", nil)
         true
       end
-
-      def pump = GLib::MainContext.default.iteration(true)
-      def pending? = GLib::MainContext.default.pending?
 
       def close
         return true unless @window&.visible?
@@ -106,10 +96,6 @@ module Bench
         when "close" then close # the page's Close or OK; JSON would turn 1.0 into 1
         else emit(name, payload)
         end
-      end
-
-      def emit(name, payload)
-        @observers.each { |o| o.public_send(name, payload) if o.respond_to?(name) }
       end
 
       # Runs fn(args...) on the page, arguments as JSON, and returns once it has run.
