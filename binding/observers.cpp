@@ -1,6 +1,7 @@
 #include "binding/observers.h"
 
 #include "binding/convert.h"
+#include "binding/jump.h"
 #include "binding/script_call.h"
 #include "panel/events.h"
 
@@ -37,11 +38,11 @@ static bool protect(VALUE (*body)(VALUE), VALUE argument) {
   rb_protect(body, argument, &state);
   if (!state)
     return true;
-  VALUE error = rb_errinfo();
+  VALUE error = exception_of_jump();
   rb_set_errinfo(Qnil);
   // A throw to a catch outside the panel cannot be resumed once stopped here;
   // it is reported like any other failure rather than dropped.
-  if (!rb_obj_is_kind_of(error, rb_eException))
+  if (NIL_P(error))
     error = rb_exc_new_cstr(rb_eRuntimeError,
                             "an observer jumped out of its event; the jump stops at the panel");
   observer_failed(error);

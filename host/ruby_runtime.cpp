@@ -1,5 +1,7 @@
 #include "host/ruby_runtime.h"
 
+#include "binding/jump.h"
+
 #include <ruby.h>
 
 #include <cstdio>
@@ -65,8 +67,12 @@ static void report(VALUE error) {
 
 // The exit status for a jump out of Ruby code that `state` reports.
 static int status_after_jump(int state) {
-  VALUE error = rb_errinfo();
+  VALUE error = velmar::exception_of_jump();
   rb_set_errinfo(Qnil);
+  if (NIL_P(error)) {
+    std::fprintf(stderr, "velmar-host: the plugin jumped out of its script (state %d)\n", state);
+    return 1;
+  }
   if (rb_obj_is_kind_of(error, rb_eSystemExit))
     return NUM2INT(rb_attr_get(error, rb_intern("status")));
   if (rb_obj_is_kind_of(error, rb_eSignal)) {
@@ -74,10 +80,7 @@ static int status_after_jump(int state) {
     std::fprintf(stderr, "velmar-host: stopped by signal %d\n", signal);
     return 128 + signal;
   }
-  if (rb_obj_is_kind_of(error, rb_eException))
-    report(error);
-  else
-    std::fprintf(stderr, "velmar-host: the plugin jumped out of its script (state %d)\n", state);
+  report(error);
   return 1;
 }
 
