@@ -14,6 +14,11 @@
 - (void)processEvents;
 @end
 
+// A slider that draws, and takes presses, on a track narrower than its frame.
+@interface NSView (Track)
+- (NSRect)trackFrame;
+@end
+
 // Answers the modal folder chooser from inside its session.
 @interface FolderChooserAnswer : NSObject {
 @public
@@ -308,11 +313,29 @@ static id TextOf(id view) {
   return nil;
 }
 
+// The toolkit class a control is, whatever subclass draws it.
+static NSString *KindOf(NSView *view) {
+  Class cls = [view class];
+  while (![NSStringFromClass(cls) hasPrefix:@"NS"] && [cls superclass])
+    cls = [cls superclass];
+  return NSStringFromClass(cls);
+}
+
+// What the user sees of the view, in its superview: a slider's track, or the whole frame.
+static NSRect DrawnFrame(NSView *view) {
+  if ([view respondsToSelector:@selector(trackFrame)])
+    return [view trackFrame];
+  return [view frame];
+}
+
 static NSDictionary *Describe(NSView *view) {
   NSMutableDictionary *d = [NSMutableDictionary dictionary];
-  [d setObject:NSStringFromClass([view class]) forKey:@"class"];
+  [d setObject:KindOf(view) forKey:@"class"];
   [d setObject:Rect([view frame]) forKey:@"frame"];
   [d setObject:Flag([view window] != nil) forKey:@"in_window"];
+  if ([view window])
+    [d setObject:Rect([[view superview] convertRect:DrawnFrame(view) toView:nil])
+          forKey:@"drawn_in_window"];
   if (id text = TextOf(view))
     [d setObject:text forKey:@"text"];
   if ([view isKindOfClass:[NSControl class]])
@@ -380,6 +403,58 @@ static VALUE tabs(VALUE) {
         @"frame" : Rect([[item view] frame])
       }];
     return (id)all;
+  });
+}
+
+// Where on the tab view's strip the tab is: the middle of the points that hit it.
+static NSPoint TabCentre(NSTabView *tabView, long index) {
+  NSTabViewItem *item = [tabView tabViewItemAtIndex:index];
+  NSRect bounds = [tabView bounds];
+  CGFloat sumX = 0, sumY = 0, hits = 0;
+  for (CGFloat y = NSMinY(bounds); y < NSMaxY(bounds); y += 2)
+    for (CGFloat x = NSMinX(bounds); x < NSMaxX(bounds); x += 2)
+      if ([tabView tabViewItemAtPoint:NSMakePoint(x, y)] == item) {
+        sumX += x;
+        sumY += y;
+        ++hits;
+      }
+  if (!hits)
+    [NSException raise:@"NoTab" format:@"tab %ld shows nowhere", index];
+  return NSMakePoint(sumX / hits, sumY / hits);
+}
+
+// The middle of what the user sees of a control, of a cell of a radio group,
+// or of a tab's label, in the view's own coordinates.
+static NSPoint TargetIn(NSView *view, long index) {
+  if (index >= 0 && [view isKindOfClass:[NSTabView class]])
+    return TabCentre((NSTabView *)view, index);
+  NSRect target = [view bounds];
+  if (index >= 0 && [view isKindOfClass:[NSMatrix class]]) {
+    NSMatrix *group = (NSMatrix *)view;
+    target = [group cellFrameAtRow:index / [group numberOfColumns]
+                            column:index % [group numberOfColumns]];
+  } else if ([view respondsToSelector:@selector(trackFrame)]) {
+    target = [view convertRect:DrawnFrame(view) fromView:[view superview]];
+  }
+  return NSMakePoint(NSMidX(target), NSMidY(target));
+}
+
+// Where a pointer must go to reach the target, in the X server's screen
+// coordinates: whole pixels, origin at the top-left corner.
+static VALUE screen_point(int argc, VALUE *argv, VALUE) {
+  VALUE name, index;
+  rb_scan_args(argc, argv, "11", &name, &index);
+  const char *control = rb_id2name(rb_sym2id(rb_to_symbol(name)));
+  long i = NIL_P(index) ? -1 : NUM2LONG(index);
+  return Drive([=] {
+    NSView *view = Control([NSString stringWithUTF8String:control]);
+    NSWindow *window = [view window];
+    if (!window)
+      [NSException raise:@"NotShowing" format:@"%s is not on the window", control];
+    NSPoint inWindow = [view convertPoint:TargetIn(view, i) toView:nil];
+    NSPoint onScreen = [window convertRectToScreen:NSMakeRect(inWindow.x, inWindow.y, 0, 0)].origin;
+    CGFloat screenHeight = NSHeight([[window screen] frame]);
+    return (id) @[ @(lround(onScreen.x)), @(lround(screenHeight - onScreen.y)) ];
   });
 }
 
@@ -459,6 +534,7 @@ extern "C" __attribute__((visibility("default"))) void Init_OptionsPanelDriver()
   rb_define_module_function(driver, "answer_folder_chooser", answer_folder_chooser, 2);
   rb_define_module_function(driver, "folder_chooser_answered?", folder_chooser_answered, 0);
   rb_define_module_function(driver, "control", control, 1);
+  rb_define_module_function(driver, "screen_point", RUBY_METHOD_FUNC(screen_point), -1);
   rb_define_module_function(driver, "content_views", content_views, 0);
   rb_define_module_function(driver, "tab_views", tab_views, 1);
   rb_define_module_function(driver, "tabs", tabs, 0);

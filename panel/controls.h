@@ -18,6 +18,11 @@ NSTextField *MakeTextField(NSRect frame);
 NSComboBox *MakeComboBox(NSRect frame);
 NSBox *MakeSeparator(NSRect frame);
 NSSlider *MakeSlider(NSRect frame, id target);
+// A slider that answers presses on its drawn track only, not on the empty rest of its frame.
+@interface TrackSlider : NSSlider
+- (NSRect)trackFrame;
+@end
+
 NSView *MakeContainer(NSRect frame, NSArray *subviews);
 
 struct RadioGeometry {
@@ -33,9 +38,10 @@ NSMatrix *MakeRadioGroup(NSRect frame, int rows, int columns, NSArray *titles,
 // typed last: the edit is taken into the field first.
 void SetFieldEnabled(NSTextField *field, BOOL enabled);
 
-// Makes every cell as wide as the widest title, for a group whose cell size is
-// otherwise the toolkit's default, which can be wider than its tab.
-void FitCellsToTitles(NSMatrix *group);
+// Makes every cell as large as the largest title and as much wider as the gap,
+// so that a cell's button keeps clear of the title before it; for a group whose
+// cell size is otherwise the toolkit's default, which can be wider than its tab.
+void FitCellsToTitles(NSMatrix *group, CGFloat gap);
 
 // The index of the cell that is on, counted in the order of the group's cells.
 NSInteger SelectedCellIndex(NSMatrix *group);

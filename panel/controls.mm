@@ -1,5 +1,64 @@
 #import "panel/controls.h"
 
+#import "platform/platform.h"
+
+// A rectangle of the given height, centred across the frame's height, on whole points.
+static NSRect CentredRect(NSRect frame, CGFloat height) {
+  if (height >= NSHeight(frame))
+    return frame;
+  frame.origin.y += ceil((NSHeight(frame) - height) / 2);
+  frame.size.height = height;
+  return frame;
+}
+
+// A slider draws its bar at its natural height, centred in a taller frame.
+@interface CentredSliderCell : NSSliderCell
+@end
+
+@implementation CentredSliderCell
+- (void)drawWithFrame:(NSRect)frame inView:(NSView *)view {
+  [super drawWithFrame:CentredRect(frame, NaturalSliderHeight(self)) inView:view];
+}
+@end
+
+@implementation TrackSlider
++ (Class)cellClass {
+  return [CentredSliderCell class];
+}
+
+- (NSRect)trackFrame {
+  return CentredRect([self frame], NaturalSliderHeight([self cell]));
+}
+
+// The two sliders' frames overlap: the empty part of one frame must leave a
+// press to the track of the other beneath it.
+- (NSView *)hitTest:(NSPoint)point {
+  if (!NSPointInRect(point, [self trackFrame]))
+    return nil;
+  return [super hitTest:point];
+}
+@end
+
+// A push button draws its bezel at its natural height, centred in a taller
+// frame, rather than as a pill or circle as tall as the frame.
+@interface CentredButtonCell : NSButtonCell
+@end
+
+@implementation CentredButtonCell
+- (void)drawWithFrame:(NSRect)frame inView:(NSView *)view {
+  [super drawWithFrame:CentredRect(frame, [self cellSize].height) inView:view];
+}
+@end
+
+@interface PushButton : NSButton
+@end
+
+@implementation PushButton
++ (Class)cellClass {
+  return [CentredButtonCell class];
+}
+@end
+
 static NSString *Decoded(const char *bytes, size_t length) {
   // Every script call with a text comes here; the class is looked up by name
   // only once rather than at each message to it.
@@ -49,7 +108,7 @@ static void SetButtonLook(NSButton *button, NSString *title) {
 }
 
 NSButton *MakePushButton(NSRect frame, NSString *title, id target, SEL action, BOOL fitted) {
-  NSButton *button = [[[NSButton alloc] initWithFrame:frame] autorelease];
+  NSButton *button = [[[PushButton alloc] initWithFrame:frame] autorelease];
   SetButtonLook(button, title);
   [button setTarget:target];
   [button setAction:action];
@@ -84,7 +143,7 @@ NSBox *MakeSeparator(NSRect frame) {
 }
 
 NSSlider *MakeSlider(NSRect frame, id target) {
-  NSSlider *slider = [[[NSSlider alloc] initWithFrame:frame] autorelease];
+  NSSlider *slider = [[[TrackSlider alloc] initWithFrame:frame] autorelease];
   [slider setMinValue:0.0];
   [slider setMaxValue:100.0];
   [slider setTarget:target];
@@ -158,10 +217,12 @@ void SetFieldEnabled(NSTextField *field, BOOL enabled) {
   [field setEnabled:enabled];
 }
 
-void FitCellsToTitles(NSMatrix *group) {
-  NSSize size = NSMakeSize(0, [group cellSize].height);
-  for (NSCell *cell in [group cells])
-    size.width = MAX(size.width, [cell cellSize].width);
+void FitCellsToTitles(NSMatrix *group, CGFloat gap) {
+  NSSize size = NSZeroSize;
+  for (NSCell *cell in [group cells]) {
+    size.width = MAX(size.width, [cell cellSize].width + gap);
+    size.height = MAX(size.height, [cell cellSize].height);
+  }
   [group setCellSize:size];
   [group sizeToCells];
 }

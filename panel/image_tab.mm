@@ -55,7 +55,7 @@ static NSArray *SizeItems() {
   aImageTypeLMatrix = MakeRadioGroup(NSMakeRect(210, 175, 300, 50), 1, 3,
                                      [texts subarrayWithRange:NSMakeRange(kPngRadio, 3)], nullptr,
                                      self, @selector(onImageTypeMatrixClicked));
-  FitCellsToTitles(aImageTypeLMatrix);
+  FitCellsToTitles(aImageTypeLMatrix, 8);
   [controls addObject:aImageTypeLMatrix];
   myTransCButton =
       MakeCheckBox(NSMakeRect(210, 120, 100, 50), [texts objectAtIndex:kTransparencyBox], self);

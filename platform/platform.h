@@ -24,6 +24,30 @@ static inline CGWindowLevel CGWindowLevelForKey(CGWindowLevelKey) {
 @end
 #endif
 
+// The tab views' frames were laid out for AppKit, whose tab view keeps about
+// 42 points of its height for the tabs and the bezel: a 218-point tab view is
+// fitted into a content area some 20 points shorter, and the radio groups,
+// which keep their distance from the top, move down below their headings.
+// GNUstep keeps only 19 points, so the groups would move up into their
+// headings instead; this tab view gives its tabs AppKit's content height.
+#ifdef GNUSTEP
+@interface PanelTabView : NSTabView
+@end
+#else
+@compatibility_alias PanelTabView NSTabView;
+#endif
+
+// GNUstep draws a slider's bar over the whole of a tall frame; AppKit draws a
+// regular horizontal slider without tick marks 21 points high, whatever the frame.
+static inline CGFloat NaturalSliderHeight(NSSliderCell *cell) {
+#ifdef GNUSTEP
+  (void)cell;
+  return 21;
+#else
+  return [cell cellSize].height;
+#endif
+}
+
 // GNUstep looks an image name up under every file type its image classes
 // know, and with ImageMagick's some 250 types the first use of each control
 // image (check box, radio button, ...) costs 20-40 ms of path searches. The

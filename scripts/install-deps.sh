@@ -9,6 +9,8 @@ packages=(
   libgnustep-gui-dev gnustep-back0.29 gnustep-base-runtime
   ruby-dev ruby-minitest
   xvfb xauth
+  # The real-input test presses keys and moves the pointer as a person does.
+  xdotool
   # scripts/check-reliability.sh: clang's sanitizer runtimes (only recommended
   # by clang) and valgrind.
   libclang-rt-14-dev valgrind
