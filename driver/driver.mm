@@ -441,13 +441,21 @@ static NSPoint TargetIn(NSView *view, long index) {
 
 // Where a pointer must go to reach the target, in the X server's screen
 // coordinates: whole pixels, origin at the top-left corner.
-static VALUE screen_point(int argc, VALUE *argv, VALUE) {
-  VALUE name, index;
-  rb_scan_args(argc, argv, "11", &name, &index);
+// A control by its name, or the title bar's close box, which the controller has no name for.
+static NSView *PressableView(NSString *name) {
+  if (![name isEqual:@"close_box"])
+    return Control(name);
+  NSButton *closeBox = [PanelWindow() standardWindowButton:NSWindowCloseButton];
+  if (!closeBox)
+    [NSException raise:@"NoCloseBox" format:@"the title bar shows no close box"];
+  return closeBox;
+}
+
+static VALUE screen_point(VALUE, VALUE name, VALUE index) {
   const char *control = rb_id2name(rb_sym2id(rb_to_symbol(name)));
   long i = NIL_P(index) ? -1 : NUM2LONG(index);
   return Drive([=] {
-    NSView *view = Control([NSString stringWithUTF8String:control]);
+    NSView *view = PressableView([NSString stringWithUTF8String:control]);
     NSWindow *window = [view window];
     if (!window)
       [NSException raise:@"NotShowing" format:@"%s is not on the window", control];
@@ -534,7 +542,7 @@ extern "C" __attribute__((visibility("default"))) void Init_OptionsPanelDriver()
   rb_define_module_function(driver, "answer_folder_chooser", answer_folder_chooser, 2);
   rb_define_module_function(driver, "folder_chooser_answered?", folder_chooser_answered, 0);
   rb_define_module_function(driver, "control", control, 1);
-  rb_define_module_function(driver, "screen_point", RUBY_METHOD_FUNC(screen_point), -1);
+  rb_define_module_function(driver, "screen_point", screen_point, 2);
   rb_define_module_function(driver, "content_views", content_views, 0);
   rb_define_module_function(driver, "tab_views", tab_views, 1);
   rb_define_module_function(driver, "tabs", tabs, 0);

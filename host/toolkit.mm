@@ -7,6 +7,24 @@
 #include <chrono>
 #include <cstdio>
 
+// A host's application has launched before any plugin runs; ours launches
+// too, but the words on our command line are a plugin and its arguments, never
+// documents to open.
+@interface HostApplicationDelegate : NSObject
+@end
+
+@implementation HostApplicationDelegate
+- (BOOL)application:(NSApplication *)application openFile:(NSString *)file {
+  return YES;
+}
+- (void)application:(NSApplication *)application openFiles:(NSArray *)files {
+  [application replyToOpenOrPrint:NSApplicationDelegateReplySuccess];
+}
+- (BOOL)applicationShouldOpenUntitledFile:(NSApplication *)application {
+  return NO;
+}
+@end
+
 namespace host {
 
 // Long enough not to spin, short enough that Ctrl-C and Ruby's threads get
@@ -14,12 +32,16 @@ namespace host {
 static const NSTimeInterval kWaitSeconds = 0.05;
 
 bool create_application() {
-  // -finishLaunching and -run are left out on purpose: they would open the
-  // plugin's path, given on our command line, as a document and hang.
   HostSignalsGuard hostSignals;
   @autoreleasepool {
     @try {
       EnsureApplicationObject();
+      // Never released: the application keeps its delegate for its whole life.
+      [NSApp setDelegate:[[HostApplicationDelegate alloc] init]];
+      // Launching subscribes the application to its windows' key notices:
+      // without it no window ever becomes its key window, and the back-end
+      // drops every key the user presses.
+      [NSApp finishLaunching];
       return true;
     } @catch (NSException *exception) {
       // Typically no display: say so plainly rather than abort.

@@ -26,6 +26,7 @@ static NSArray *TextsAsStrings() {
 + (instancetype)sharedController {
   if (!sharedInstance) {
     EnsureApplicationObject();
+    PrepareRealInput();
     sharedInstance = [[self alloc] init];
   }
   return sharedInstance;

@@ -96,6 +96,11 @@ static inline void EnsureApplicationObject() {
 #endif
 }
 
+// Works around two ways in which GNUstep's X back-end loses a press or a
+// release that a person gives (platform/real_input.mm says how); once per
+// process, before the first press reaches the panel.
+void PrepareRealInput();
+
 // Without a window manager GNUstep takes the application to be inactive
 // whenever one of its windows goes off screen (a closed panel, a folder
 // chooser), and a panel that hides on deactivation would vanish with it.
