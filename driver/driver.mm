@@ -321,11 +321,18 @@ static NSString *KindOf(NSView *view) {
   return NSStringFromClass(cls);
 }
 
-// What the user sees of the view, in its superview: a slider's track, or the whole frame.
+// What the user sees of the view, in its superview: a slider's track, a
+// separator's line along the middle of its longer side, or the whole frame.
 static NSRect DrawnFrame(NSView *view) {
   if ([view respondsToSelector:@selector(trackFrame)])
     return [view trackFrame];
-  return [view frame];
+  NSRect frame = [view frame];
+  if ([view isKindOfClass:[NSBox class]] && [(NSBox *)view boxType] == NSBoxSeparator) {
+    if (NSHeight(frame) > NSWidth(frame))
+      return NSMakeRect(floor(NSMidX(frame)), NSMinY(frame), 1, NSHeight(frame));
+    return NSMakeRect(NSMinX(frame), floor(NSMidY(frame)), NSWidth(frame), 1);
+  }
+  return frame;
 }
 
 static NSDictionary *Describe(NSView *view) {
