@@ -502,6 +502,37 @@ static VALUE image_types(VALUE) {
   return Drive([] { return (id)[NSImage imageFileTypes]; });
 }
 
+// How many timers each mode of the main run loop holds, invalidated ones
+// included until the mode runs again and drops them. GNUstep has no public way
+// to ask: this reads its run loop's per-mode contexts and their timer arrays.
+static NSDictionary *TimersByMode() {
+  NSMutableDictionary *counts = [NSMutableDictionary dictionary];
+#ifdef GNUSTEP
+  NSRunLoop *loop = [NSRunLoop currentRunLoop];
+  Ivar contexts = class_getInstanceVariable([NSRunLoop class], "_contextMap");
+  NSMapTable *map = (NSMapTable *)object_getIvar(loop, contexts);
+  for (id context in NSAllMapTableValues(map)) {
+    Ivar mode = class_getInstanceVariable([context class], "mode");
+    Ivar timers = class_getInstanceVariable([context class], "timers");
+    if (!mode || !timers)
+      continue;
+    // A GSIArray: a pointer to its items, then its count.
+    struct Timers {
+      void *items;
+      unsigned count;
+    };
+    Timers *array =
+        *reinterpret_cast<Timers **>(reinterpret_cast<char *>(context) + ivar_getOffset(timers));
+    [counts setObject:@(array ? array->count : 0) forKey:object_getIvar(context, mode)];
+  }
+#endif
+  return counts;
+}
+
+static VALUE run_loop_timers(VALUE) {
+  return Drive([] { return (id)TimersByMode(); });
+}
+
 static VALUE modal_panel_level(VALUE) {
   return Drive([] { return (id) @(NSModalPanelWindowLevel); });
 }
@@ -549,6 +580,7 @@ extern "C" __attribute__((visibility("default"))) void Init_OptionsPanelDriver()
   rb_define_module_function(driver, "answer_folder_chooser", answer_folder_chooser, 2);
   rb_define_module_function(driver, "folder_chooser_answered?", folder_chooser_answered, 0);
   rb_define_module_function(driver, "control", control, 1);
+  rb_define_module_function(driver, "run_loop_timers", run_loop_timers, 0);
   rb_define_module_function(driver, "screen_point", screen_point, 2);
   rb_define_module_function(driver, "content_views", content_views, 0);
   rb_define_module_function(driver, "tab_views", tab_views, 1);

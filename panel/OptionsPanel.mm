@@ -106,6 +106,8 @@ static NSArray *TextsAsStrings() {
 }
 
 - (void)windowWillClose:(NSNotification *)notification {
+  // Each time the panel closes, so that no number of sessions piles them up.
+  DropFinishedTimers();
   velmar::send_event("close", {1.0});
 }
 

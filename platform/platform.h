@@ -101,6 +101,17 @@ static inline void EnsureApplicationObject() {
 // process, before the first press reaches the panel.
 void PrepareRealInput();
 
+// GNUstep drops an invalidated timer from a run-loop mode only when that mode
+// runs. The field editor schedules its cursor-blink timer in the modal-panel
+// mode too, which runs only while a modal panel is up, so every edit of a
+// field would leave its timer there for good and each turn of a modal session
+// would walk them all. Asking that mode for its limit date drops them.
+static inline void DropFinishedTimers() {
+#ifdef GNUSTEP
+  [[NSRunLoop currentRunLoop] limitDateForMode:NSModalPanelRunLoopMode];
+#endif
+}
+
 // Without a window manager GNUstep takes the application to be inactive
 // whenever one of its windows goes off screen (a closed panel, a folder
 // chooser), and a panel that hides on deactivation would vanish with it.

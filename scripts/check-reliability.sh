@@ -224,17 +224,21 @@ line+=" session of $memcheck_cycles cycles; $((SECONDS - t)) s)"
 summary "$line" "$verdict" "$log"
 
 # ---- 4 and 5. fuzz and soak --------------------------------------------------
-# program NAME ARGUMENT COUNT LIMIT PATTERN: runs reliability/NAME.rb and
-# passes on its last line, which must match PATTERN.
+# program NAME ARGUMENT COUNT LIMIT PATTERN [host]: runs reliability/NAME.rb,
+# in plain ruby or in the reference host, and passes on its last line, which
+# must match PATTERN.
 program() {
   local name=$1 argument=$2 count=$3 limit=$4 pattern=$5
   local log=$logs/$name.log t=$SECONDS
+  local run=("$ruby" -I build "reliability/$name.rb" "$argument" "$count")
+  [[ ${6:-} == host ]] &&
+    run=(build/velmar-host --timeout "$limit" "reliability/$name.rb" -- "$argument" "$count")
   if [[ ! -f reliability/$name.rb ]]; then
     echo "reliability/$name.rb is missing" >"$log"
     summary "$name: not run" "missing" "$log"
     return
   fi
-  timed "$limit" "$log" scripts/with-display.sh "$ruby" -I build "reliability/$name.rb" "$argument" "$count"
+  timed "$limit" "$log" scripts/with-display.sh "${run[@]}"
   local rc=$? last
   last=$(grep "^$name: " "$log" | tail -n 1)
   local verdict
@@ -244,7 +248,7 @@ program() {
 }
 program fuzz --steps "$fuzz_steps" "$fuzz_limit" "^fuzz: $fuzz_steps steps, 0 failures$"
 program soak --cycles "$soak_cycles" "$soak_limit" \
-  "^soak: $soak_cycles cycles, grew -?[0-9]+ KiB, 0 pool warnings$"
+  "^soak: $soak_cycles cycles, grew -?[0-9]+ KiB, 0 modes with more timers, 0 toolkit warnings$" host
 
 elapsed=$((SECONDS - started))
 if ((failed)); then
