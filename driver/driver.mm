@@ -479,6 +479,7 @@ static VALUE window_state(VALUE) {
     return (id) @{
       @"visible" : Flag([window isVisible]),
       @"key" : Flag([window isKeyWindow]),
+      @"active" : Flag([NSApp isActive]),
       @"level" : @([window level]),
       @"title" : [window title],
       @"frame" : Rect([window frame]),

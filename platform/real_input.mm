@@ -3,43 +3,37 @@
 #ifdef GNUSTEP
 #import <GNUstepGUI/GSDisplayServer.h>
 
-#include <X11/Xlib.h>
-
-// The back-end learns of X events from poll() on its connection. An event that
-// Xlib has already read into its own queue, during a round trip made while the
-// event before it was handled, leaves nothing for poll() to report: a button's
-// tracking loop, which waits with no time limit, then sleeps through the
-// release the user already gave until some other X event arrives. This watcher
-// keeps the run loop from blocking while Xlib holds events, and has the
-// back-end take them.
-@interface BufferedEventWatcher : NSObject <RunLoopEvents> {
-  id server_;
-  Display *display_;
-}
-- (instancetype)initWithServer:(id)server;
+// The back-end learns of X events from poll() on its connection, and takes
+// from Xlib whatever it holds each time the application asks for an event. A
+// release that Xlib has already read into its own queue, during a round trip
+// made while the press was handled, leaves nothing for poll() to report: a
+// button's tracking loop, which waits with no time limit, then sleeps through
+// the release the user already gave until some other X event arrives, and a
+// quick click on the close box hangs the panel. A timer that wakes the loops
+// that wait so is enough: at each wake-up the application asks again and the
+// back-end takes the release. It runs only while those loops do.
+@interface RunLoopWaker : NSObject
+- (void)wake:(NSTimer *)timer;
 @end
 
-@implementation BufferedEventWatcher
-- (instancetype)initWithServer:(id)server {
-  if ((self = [super init])) {
-    server_ = server;
-    display_ = static_cast<Display *>([server serverDevice]);
-  }
-  return self;
-}
-
-- (BOOL)runLoopShouldBlock:(BOOL *)trigger {
-  *trigger = QLength(display_) > 0;
-  return !*trigger;
-}
-
-- (void)receivedEvent:(void *)data
-                 type:(RunLoopEventType)type
-                extra:(void *)extra
-              forMode:(NSString *)mode {
-  [server_ receivedEvent:data type:type extra:extra forMode:mode];
+@implementation RunLoopWaker
+- (void)wake:(NSTimer *)timer {
 }
 @end
+
+static const NSTimeInterval kWakeSeconds = 0.05;
+
+static void WakeWaitingLoops() {
+  // Lives as long as the run loop keeps the timer: the whole process.
+  NSTimer *timer = [NSTimer timerWithTimeInterval:kWakeSeconds
+                                           target:[[[RunLoopWaker alloc] init] autorelease]
+                                         selector:@selector(wake:)
+                                         userInfo:nil
+                                          repeats:YES];
+  NSRunLoop *loop = [NSRunLoop currentRunLoop];
+  for (NSString *mode in @[ NSEventTrackingRunLoopMode, NSModalPanelRunLoopMode ])
+    [loop addTimer:timer forMode:mode];
+}
 
 // The back-end reads its mouse settings at the first press of a process
 // (-initializeMouse), through a round trip to the notification daemon that
@@ -51,23 +45,11 @@ static void ReadMouseSettings(id server) {
     [server performSelector:initialize];
 }
 
-static void WatchBufferedEvents(id server) {
-  if (![server respondsToSelector:@selector(receivedEvent:type:extra:forMode:)] ||
-      ![server serverDevice])
-    return;
-  // Lives as long as the run loop watches it: the whole process.
-  BufferedEventWatcher *watcher = [[BufferedEventWatcher alloc] initWithServer:server];
-  NSRunLoop *loop = [NSRunLoop currentRunLoop];
-  for (NSString *mode in @[ NSDefaultRunLoopMode, NSEventTrackingRunLoopMode,
-                            NSModalPanelRunLoopMode ])
-    [loop addEvent:watcher type:ET_TRIGGER watcher:watcher forMode:mode];
-}
 #endif
 
 void PrepareRealInput() {
 #ifdef GNUSTEP
-  id server = GSCurrentServer();
-  ReadMouseSettings(server);
-  WatchBufferedEvents(server);
+  ReadMouseSettings(GSCurrentServer());
+  WakeWaitingLoops();
 #endif
 }

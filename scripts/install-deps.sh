@@ -7,8 +7,6 @@ set -euo pipefail
 packages=(
   clang cmake make
   libgnustep-gui-dev gnustep-back0.29 gnustep-base-runtime
-  # platform/real_input.mm reads Xlib's event queue length.
-  libx11-dev
   ruby-dev ruby-minitest
   xvfb xauth
   # The real-input test presses keys and moves the pointer as a person does.

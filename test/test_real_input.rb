@@ -37,6 +37,10 @@ class RealInputTest < Minitest::Test
                   "environment" => driver.screen_point(:myTabView, 1),
                   "ok" => driver.screen_point(:m_pButton, nil),
                   "close_box" => driver.screen_point(:close_box, nil))
+    # A person starts once the panel is drawn and active, its title bar lit.
+    deadline = Time.now + #{LIMIT}
+    driver.process_events until (driver.drawn? && driver.window_state[:key] && driver.window_state[:active]) ||
+                                Time.now > deadline
     puts JSON.dump(["points", points])
   RUBY
 
@@ -115,14 +119,16 @@ class RealInputTest < Minitest::Test
     points
   end
 
+  # The next event or report the plugin printed; anything else the host
+  # printed is kept to explain a failure.
   def next_line
-    line = nil
+    @printed ||= []
     loop do
-      assert IO.select([@output], nil, nil, LIMIT), "the host printed nothing for #{LIMIT} s"
-      line = @output.gets or flunk("the host ended early")
-      break if line.start_with?("[")
+      assert IO.select([@output], nil, nil, LIMIT), "nothing new for #{LIMIT} s after: #{@printed.join}"
+      line = @output.gets or flunk("the host ended after: #{@printed.join}")
+      @printed << line
+      return JSON.parse(line) if line.start_with?("[")
     end
-    JSON.parse(line)
   end
 
   def events_until_close
