@@ -2,8 +2,10 @@
 BUILD_DIR ?= build
 RUBY ?= ruby
 TEST_TIMEOUT ?= 900
+# The Rubies that `make test-rubies` fetches from Debian's archive and tests on.
+RUBIES ?= 2.7 3.3
 
-.PHONY: all deps build test demo screenshots check-reliability check-reliability-short bench clean format
+.PHONY: all deps build test test-rubies demo screenshots check-reliability check-reliability-short bench clean format
 
 all: build
 
@@ -11,12 +13,22 @@ deps:
 	@scripts/install-deps.sh
 
 build: deps
-	@cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+	@cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+	  -DRUBY_EXECUTABLE="$$(command -v $(RUBY))" $(CMAKE_ARGS) >/dev/null
 	@cmake --build $(BUILD_DIR) -j2 -- --no-print-directory
 
 test: build
 	@timeout $(TEST_TIMEOUT) scripts/with-display.sh \
 	  $(RUBY) -I $(BUILD_DIR) -I test -e 'Dir["test/test_*.rb"].sort.each { |f| require File.expand_path(f) }'
+
+# The suite on each of RUBIES, built against it into build-ruby<version>/;
+# scripts/fetch-ruby.sh keeps those Rubies in build-rubies/.
+test-rubies: deps
+	@for v in $(RUBIES); do \
+	  ( env_file=$$(scripts/fetch-ruby.sh $$v) && . "$$env_file" && echo "Ruby $$v:" && \
+	    $(MAKE) --no-print-directory test RUBY="$$RUBY" BUILD_DIR=build-ruby$$v \
+	      CMAKE_ARGS="$$RUBY_CMAKE_ARGS" ) || exit 1; \
+	done
 
 # GC stress, ASan+UBSan, valgrind memcheck, fuzz and soak (README, "Reliability");
 # the short form runs small sizes, a few minutes in all.

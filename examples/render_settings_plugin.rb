@@ -81,7 +81,9 @@ module RenderSettingsPlugin
       panel.observe(self)
     end
 
-    def open? = @open
+    def open?
+      @open
+    end
 
     # The panel keeps its controls between showings; filling it every time
     # makes it show the settings even when something else changed them.
@@ -122,7 +124,9 @@ module RenderSettingsPlugin
     end
 
     # Sent only by hide_render_all=, which this plugin doesn't call.
-    def options_changed_show_render_all(payload) = report(__method__, payload)
+    def options_changed_show_render_all(payload)
+      report(__method__, payload)
+    end
 
     # Every closing sends this: after OK's four events, or alone for Close.
     def close(payload)
@@ -158,9 +162,13 @@ module RenderSettingsPlugin
       @panel.set_environment_automatic_materials(s.automatic_materials)
     end
 
-    def whole_number(text) = Integer(text, 10, exception: false)&.then { _1.positive? ? _1 : nil }
+    def whole_number(text)
+      Integer(text, 10, exception: false)&.then { _1.positive? ? _1 : nil }
+    end
 
-    def report(event, payload) = @out.puts("#{event}: #{payload.inspect}")
+    def report(event, payload)
+      @out.puts("#{event}: #{payload.inspect}")
+    end
   end
 
   # Plays the user with the test driver: a screenshot of each tab, then OK.

@@ -14,6 +14,8 @@ packages=(
   # scripts/check-reliability.sh: clang's sanitizer runtimes (only recommended
   # by clang) and valgrind.
   libclang-rt-14-dev valgrind
+  # scripts/fetch-ruby.sh: points a newer Debian's Ruby at its own C library.
+  patchelf
   # The toolkit's fonts have no Japanese letters; GNUstep draws texts that need
   # them in this font, which has Latin letters too.
   fonts-ipafont-gothic

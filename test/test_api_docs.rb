@@ -25,7 +25,9 @@ class ApiDocsTest < Minitest::Test
     rows.map { |row| row.strip.delete_prefix("|").delete_suffix("|").split(/(?<!\\)\|/).map(&:strip) }
   end
 
-  def code(cell) = cell[/\A`([^`]+)`/, 1] || flunk("no code in #{cell.inspect}")
+  def code(cell)
+    cell[/\A`([^`]+)`/, 1] || flunk("no code in #{cell.inspect}")
+  end
 
   # A call as the table writes it, to the method name and its arity.
   def method_of(call)

@@ -1,10 +1,18 @@
 require "minitest/autorun"
 require "tmpdir"
-require_relative "../bench/report"
+
+# bench/ is written for the system's Ruby, which `make bench` runs; the Rubies
+# that scripts/fetch-ruby.sh brings (`make test-rubies`) leave it unloaded.
+FETCHED_RUBY = ENV["OPTIONS_PANEL_FETCHED_RUBY"]
+require_relative "../bench/report" unless FETCHED_RUBY
 
 # What `make bench` prints from its figures: the ratios peer/ours, each held to
 # its target, and every miss named at the end.
 class BenchReportTest < Minitest::Test
+  def setup
+    skip "bench/ runs on the system's Ruby only, not on Ruby #{FETCHED_RUBY}" if FETCHED_RUBY
+  end
+
   def figures(ours_combo:, ours_rss_growth:)
     base = { "cold_ns" => 300e6, "peak_rss_kib" => 50_000, "construction_ns" => 50e6,
              "setter_text_ns" => 4000, "setter_check_ns" => 1000, "setter_radio_ns" => 2000,

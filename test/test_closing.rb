@@ -4,7 +4,9 @@ require_relative "test_helper"
 class ClosingTest < Minitest::Test
   include PanelTest
 
-  def setup = reset_panel
+  def setup
+    reset_panel
+  end
 
   def closes_after
     LOG.clear

@@ -10,12 +10,25 @@ class TestEnvironmentAndPresets < Minitest::Test
               caching: :myGCCButton, translucent_color: :myTCCButton,
               automatic_materials: :myAMCButton }.freeze
 
-  def setup = reset_panel
+  def setup
+    reset_panel
+  end
 
-  def set_option(option, value) = panel.public_send("set_environment_#{option}", value)
-  def box_states = OPTIONS.values.map { |name| control(name)[:state] }
-  def sliders = [control(:myIntensitySlider)[:value], control(:myExposureSlider)[:value]]
-  def combo = control(:myPresetCombo).values_at(:items, :selected, :text)
+  def set_option(option, value)
+    panel.public_send("set_environment_#{option}", value)
+  end
+
+  def box_states
+    OPTIONS.values.map { |name| control(name)[:state] }
+  end
+
+  def sliders
+    [control(:myIntensitySlider)[:value], control(:myExposureSlider)[:value]]
+  end
+
+  def combo
+    control(:myPresetCombo).values_at(:items, :selected, :text)
+  end
 
   # The boxes' states as OK reports them, in the order of OPTIONS.
   def reported_boxes

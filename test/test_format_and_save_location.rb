@@ -8,7 +8,9 @@ class TestFormatAndSaveLocation < Minitest::Test
 
   PNG, JPEG, HDR = 0, 1, 2
 
-  def setup = reset_panel
+  def setup
+    reset_panel
+  end
 
   def format_state
     box = control(:myTransCButton)

@@ -38,10 +38,21 @@ BUILD_DIR = File.expand_path(ENV.fetch("BUILD_DIR", "build"), File.join(__dir__,
 class EventLog
   attr_reader :events
 
-  def initialize = @events = []
-  def names = @events.map(&:first)
-  def payload(name) = @events.reverse.find { |n, _| n == name }&.last
-  def clear = @events.clear
+  def initialize
+    @events = []
+  end
+
+  def names
+    @events.map(&:first)
+  end
+
+  def payload(name)
+    @events.reverse.find { |n, _| n == name }&.last
+  end
+
+  def clear
+    @events.clear
+  end
 
   %w[preset_changed output_changed environment_changed options_changed
      options_changed_show_render_all close].each do |event|
@@ -55,11 +66,25 @@ Velmar::OptionsPanelWindow.new(TEXTS).observe(LOG)
 module PanelTest
   OK_EVENTS = %w[preset_changed output_changed environment_changed options_changed close].freeze
 
-  def panel = Velmar::OptionsPanelWindow.new(TEXTS)
-  def control(name) = Driver.control(name)
-  def text_of(name) = control(name)[:text]
-  def enabled?(name) = control(name)[:enabled]
-  def cell_states(name) = control(name)[:cells].map { |c| c[:state] }
+  def panel
+    Velmar::OptionsPanelWindow.new(TEXTS)
+  end
+
+  def control(name)
+    Driver.control(name)
+  end
+
+  def text_of(name)
+    control(name)[:text]
+  end
+
+  def enabled?(name)
+    control(name)[:enabled]
+  end
+
+  def cell_states(name)
+    control(name)[:cells].map { |c| c[:state] }
+  end
 
   # Presses OK and returns the payloads by event name.
   def press_ok

@@ -21,7 +21,7 @@ class HostTest < Minitest::Test
     require "OptionsPanel"
     require #{TEXTS_FILE.inspect}
     panel = Velmar::OptionsPanelWindow.new(OptionsPanelTexts::EN)
-    panel.observe(Class.new { def close(payload) = puts("close \#{payload}") }.new)
+    panel.observe(Class.new { def close(payload); puts("close \#{payload}"); end }.new)
     panel.show
   RUBY
 
@@ -35,7 +35,7 @@ class HostTest < Minitest::Test
   end
 
   def test_an_error_is_printed_with_its_backtrace_and_fails_the_run
-    _, err, status = run_plugin("def fill = raise(ArgumentError, 'no settings')\nfill\n")
+    _, err, status = run_plugin("def fill; raise(ArgumentError, 'no settings'); end\nfill\n")
     assert_equal 1, status.exitstatus
     assert_match(/plugin\.rb:2:in `fill': no settings \(ArgumentError\)/, err)
     assert_match(/from .*plugin\.rb:3:in `<top \(required\)>'/, err)

@@ -9,7 +9,9 @@ class TestImageSize < Minitest::Test
   H = :myHeightValueText
   INT_MAX = 2**31 - 1
 
-  def setup = @panel = reset_panel
+  def setup
+    @panel = reset_panel
+  end
 
   # What the user sees of the size group, in one comparable hash.
   def size_group
@@ -25,7 +27,9 @@ class TestImageSize < Minitest::Test
     Driver.type(field, text)
   end
 
-  def fields = [text_of(W), text_of(H)]
+  def fields
+    [text_of(W), text_of(H)]
+  end
 
   def panorama(width, height, vw = 800, vh = 600)
     assert_equal true, @panel.set_output_dimensions("panorama", width, height, vw, vh)

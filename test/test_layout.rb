@@ -33,9 +33,17 @@ class LayoutTest < Minitest::Test
     end
   end
 
-  def by_text(views, text) = views.find { |v| v[:text] == text } || flunk("no view shows #{text}")
-  def origin(view) = view[:frame].first(2)
-  def size(view) = view[:frame].last(2)
+  def by_text(views, text)
+    views.find { |v| v[:text] == text } || flunk("no view shows #{text}")
+  end
+
+  def origin(view)
+    view[:frame].first(2)
+  end
+
+  def size(view)
+    view[:frame].last(2)
+  end
 
   def test_window
     w = fresh[:window]

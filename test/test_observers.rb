@@ -28,7 +28,9 @@ class ObserversTest < Minitest::Test
     @live = true
   end
 
-  def teardown = @live = false
+  def teardown
+    @live = false
+  end
 
   def observe(tag, &block)
     journal = @journal
@@ -39,8 +41,13 @@ class ObserversTest < Minitest::Test
     observer
   end
 
-  def live? = @live
-  def calls(event) = @journal.select { |_, e, _| e == event }
+  def live?
+    @live
+  end
+
+  def calls(event)
+    @journal.select { |_, e, _| e == event }
+  end
 
   def test_order_of_registration_and_duplicates
     a = observe(:a)
@@ -58,8 +65,8 @@ class ObserversTest < Minitest::Test
   end
 
   def test_only_public_methods_named_after_the_event_are_called
-    only_close = Class.new { attr_reader :got; def close(p) = (@got ||= []) << p }.new
-    private_close = Class.new { attr_reader :got; private def close(p) = (@got = p) }.new
+    only_close = Class.new { attr_reader :got; def close(p); (@got ||= []) << p; end }.new
+    private_close = Class.new { attr_reader :got; private def close(p); @got = p; end }.new
     panel.observe(only_close)
     panel.observe(private_close)
     press_ok
@@ -114,11 +121,13 @@ class ObserversTest < Minitest::Test
   end
 
   # For presses whose observers send events of their own in between.
-  def click_ok = Driver.click(:m_pButton)
+  def click_ok
+    Driver.click(:m_pButton)
+  end
 
   def test_a_failing_observer_stops_neither_the_others_nor_the_ok_step
     observe(:bad) { |e, _| raise ArgumentError, "broken #{e}" }
-    wrong_arity = Class.new { def preset_changed = nil }.new
+    wrong_arity = Class.new { def preset_changed; end }.new
     panel.observe(wrong_arity)
     observe(:good)
     _, err = capture_io { press_ok }
@@ -131,7 +140,9 @@ class ObserversTest < Minitest::Test
     wrong_arity&.define_singleton_method(:respond_to?) { |*| false }
   end
 
-  def calls_of(tag) = @journal.select { |t, _, _| t == tag }.map { |_, e, _| e }
+  def calls_of(tag)
+    @journal.select { |t, _, _| t == tag }.map { |_, e, _| e }
+  end
 
   def test_script_methods_re_raise_the_first_observer_failure_after_delivery
     observe(:bad) { |e, _| raise KeyError, "first #{e}" }

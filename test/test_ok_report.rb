@@ -4,7 +4,9 @@ require_relative "test_helper"
 class OkReportTest < Minitest::Test
   include PanelTest
 
-  def setup = reset_panel
+  def setup
+    reset_panel
+  end
 
   def test_ok_reports_what_the_user_chose
     Driver.pick(:myPresetCombo, 2)

@@ -6,7 +6,9 @@ class RegressionsTest < Minitest::Test
 
   BOM = "\u{FEFF}"
 
-  def setup = reset_panel
+  def setup
+    reset_panel
+  end
 
   # GNUstep took a U+FEFF at the start of a script's text for a byte order
   # mark and dropped it: OK then named a preset the script never gave.

@@ -16,7 +16,9 @@ class ScriptClassTest < Minitest::Test
     "hide_render_all=": 1
   }.freeze
 
-  def setup = reset_panel
+  def setup
+    reset_panel
+  end
 
   def test_the_class_has_exactly_the_method_table
     klass = Velmar::OptionsPanelWindow

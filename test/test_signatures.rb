@@ -1,5 +1,9 @@
 require_relative "test_helper"
-require "rbs"
+begin
+  require "rbs"
+rescue LoadError => e
+  RBS_LOAD_ERROR = "rbs is not installed for Ruby #{RUBY_VERSION} (#{e.message})"
+end
 
 # sig/velmar.rbs against the extension: the class's methods and arities, and the
 # observer interface against the events and payloads that the panel really sends.
@@ -7,31 +11,51 @@ class SignaturesTest < Minitest::Test
   include PanelTest
 
   SIG_PATH = File.expand_path("../sig/velmar.rbs", __dir__)
-  # Parsed once, outside the tests, which may run with GC.stress on.
-  DECLARATIONS = RBS::Parser.parse_signature(File.read(SIG_PATH))
-  VELMAR = DECLARATIONS.find { |d| d.is_a?(RBS::AST::Declarations::Module) && d.name.name == :Velmar }
-  CLASS_SIG = VELMAR.members.find { |d| d.is_a?(RBS::AST::Declarations::Class) }
-  OBSERVER_SIG = VELMAR.members.find { |d| d.is_a?(RBS::AST::Declarations::Interface) }
-  ALIASES = VELMAR.members.grep(RBS::AST::Declarations::Alias).to_h { |a| [a.name.name, a.type] }
+
+  def setup
+    skip RBS_LOAD_ERROR if defined?(RBS_LOAD_ERROR)
+  end
+
+  unless defined?(RBS_LOAD_ERROR)
+    # rbs 3 returns the buffer and directives before the declarations, names a
+    # type alias declaration TypeAlias instead of Alias, and keeps a method's
+    # types in its overloads.
+    RBS3 = RBS::VERSION.to_i >= 3
+    TYPE_ALIAS = RBS3 ? RBS::AST::Declarations::TypeAlias : RBS::AST::Declarations::Alias
+
+    # Parsed once, outside the tests, which may run with GC.stress on.
+    PARSED = RBS::Parser.parse_signature(File.read(SIG_PATH))
+    DECLARATIONS = RBS3 ? PARSED.last : PARSED
+    VELMAR = DECLARATIONS.find { |d| d.is_a?(RBS::AST::Declarations::Module) && d.name.name == :Velmar }
+    CLASS_SIG = VELMAR.members.find { |d| d.is_a?(RBS::AST::Declarations::Class) }
+    OBSERVER_SIG = VELMAR.members.find { |d| d.is_a?(RBS::AST::Declarations::Interface) }
+    ALIASES = VELMAR.members.grep(TYPE_ALIAS).to_h { |a| [a.name.name, a.type] }
+  end
+
+  def self.method_types(method)
+    RBS3 ? method.overloads.map(&:method_type) : method.types
+  end
 
   # Name => number of arguments, for each method of a class or interface declaration.
   def self.arities(declaration)
     declaration.members.grep(RBS::AST::Members::MethodDefinition).to_h do |method|
       assert_simple(method)
-      [method.name, method.types.first.type.required_positionals.size]
+      [method.name, method_types(method).first.type.required_positionals.size]
     end
   end
 
   # Plain positional parameters only: arity is then their count.
   def self.assert_simple(method)
-    raise "#{method.name}: one overload only" unless method.types.size == 1
-    function = method.types.first.type
+    raise "#{method.name}: one overload only" unless method_types(method).size == 1
+    function = method_types(method).first.type
     extra = function.optional_positionals + function.trailing_positionals +
             function.required_keywords.values + function.optional_keywords.values
     raise "#{method.name}: only required positional parameters" unless extra.empty? && !function.rest_positionals
   end
 
-  def payload_types = OBSERVER_SIG.members.to_h { |m| [m.name, m.types.first.type.required_positionals.first.type] }
+  def payload_types
+    OBSERVER_SIG.members.to_h { |m| [m.name, self.class.method_types(m).first.type.required_positionals.first.type] }
+  end
 
   def test_the_class_has_exactly_the_methods_and_arities_of_the_signatures
     klass = Velmar::OptionsPanelWindow
