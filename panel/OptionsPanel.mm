@@ -58,7 +58,12 @@ static NSArray *TextsAsStrings() {
   if (!self)
     return nil;
   window = panel;
+  isOpen = YES;
   [window setDelegate:self];
+  [[NSNotificationCenter defaultCenter] addObserver:self
+                                           selector:@selector(applicationWillTerminate:)
+                                               name:NSApplicationWillTerminateNotification
+                                             object:nil];
 
   m_pButton = MakePushButton(NSMakeRect(290, 0, 60, 50), [texts objectAtIndex:velmar::kOkButton],
                              self, @selector(onApplyClicked), YES);
@@ -95,17 +100,23 @@ static NSArray *TextsAsStrings() {
 - (void)showPanel {
   [window setLevel:CGWindowLevelForKey(kCGModalPanelWindowLevelKey)];
   [self showWindow:nil];
+  isOpen = YES;
 }
 
 - (void)closePanel {
-  // A panel already off screen has nothing to close and nothing to tell the
-  // scripts, whichever AppKit would report closing a closed window again.
-  if ([window isVisible])
+  // A closed panel has nothing to close and nothing to tell the scripts,
+  // whichever AppKit would report closing a closed window again.
+  if (isOpen)
     [self close];
 }
 
 - (void)windowWillClose:(NSNotification *)notification {
+  isOpen = NO;
   velmar::send_event("close", {1.0});
+}
+
+- (void)applicationWillTerminate:(NSNotification *)notification {
+  velmar::stop_events();
 }
 
 - (void)onCloseClicked {

@@ -25,8 +25,8 @@ enum { kModelColumn = 0, kCustomColumn = 1 };
   NSOpenPanel *chooser = [NSOpenPanel openPanel];
   [chooser setCanChooseFiles:NO];
   [chooser setCanChooseDirectories:YES];
-  if ([chooser runModal] == NSOKButton)
-    [mySaveLocText setStringValue:[chooser filename]];
+  if ([chooser runModal] == NSModalResponseOK)
+    [mySaveLocText setStringValue:[[chooser URL] path]];
 }
 
 - (void)setFormat:(NSString *)format {
