@@ -148,4 +148,15 @@ class ObserversTest < Minitest::Test
     assert_equal %w[options_changed_show_render_all close], calls_of(:good)
     refute Driver.window_state[:visible]
   end
+
+  # Ruby before 2.5 has no Exception#full_message.
+  class BareError < StandardError
+    undef_method :full_message
+  end
+
+  def test_an_exception_without_full_message_is_reported_from_its_parts
+    observe(:bare) { |e, _| raise BareError, "no full message" if e == "close" }
+    _, err = capture_io { Driver.click(:m_cButton) }
+    assert_match(/\A\S*test_observers\.rb:\d+:in .*: no full message \(ObserversTest::BareError\)\n\tfrom /, err)
+  end
 end
