@@ -47,5 +47,5 @@ template <typename... Args, VALUE (*F)(Args...)> struct Guarded<VALUE (*)(Args..
 
 // The guarded handler of a method, as rb_define_method takes it on every Ruby:
 // before 2.7 its headers declare method functions with ANYARGS.
-#define VELMAR_GUARDED(function)                                                                  \
+#define VELMAR_GUARDED(function)                                                                   \
   RUBY_METHOD_FUNC((velmar::Guarded<decltype(&function), &function>::call))

@@ -24,16 +24,20 @@ void _options_panel_define() {
   define(klass, "populate_presets", VELMAR_GUARDED(_populate_presets), 1);
   define(klass, "set_output_dimensions", VELMAR_GUARDED(_set_output_dimensions), 5);
   define(klass, "output_format=", VELMAR_GUARDED(_output_format), 1);
-  define(klass, "set_environment_spherical_point_lights", VELMAR_GUARDED(_set_environment_spherical_point_lights), 1);
+  define(klass, "set_environment_spherical_point_lights",
+         VELMAR_GUARDED(_set_environment_spherical_point_lights), 1);
   define(klass, "set_environment_background", VELMAR_GUARDED(_set_environment_background), 1);
-  define(klass, "set_environment_information_bar", VELMAR_GUARDED(_set_environment_information_bar), 1);
+  define(klass, "set_environment_information_bar", VELMAR_GUARDED(_set_environment_information_bar),
+         1);
   define(klass, "set_environment_clay", VELMAR_GUARDED(_set_environment_clay), 1);
   define(klass, "set_environment_caching", VELMAR_GUARDED(_set_environment_caching), 1);
   define(klass, "set_environment_caustic", VELMAR_GUARDED(_set_environment_caustic), 1);
   define(klass, "set_environment_brightness", VELMAR_GUARDED(_set_environment_brightness), 1);
   define(klass, "set_environment_contrast", VELMAR_GUARDED(_set_environment_contrast), 1);
-  define(klass, "set_environment_translucent_color", VELMAR_GUARDED(_set_environment_translucent_color), 1);
-  define(klass, "set_environment_automatic_materials", VELMAR_GUARDED(_set_environment_automatic_materials), 1);
+  define(klass, "set_environment_translucent_color",
+         VELMAR_GUARDED(_set_environment_translucent_color), 1);
+  define(klass, "set_environment_automatic_materials",
+         VELMAR_GUARDED(_set_environment_automatic_materials), 1);
   define(klass, "set_output_format", VELMAR_GUARDED(_set_output_format), 3);
   define(klass, "set_output_directory", VELMAR_GUARDED(_set_output_directory), 2);
   define(klass, "observe", VELMAR_GUARDED(_options_panel_observe), 1);

@@ -48,7 +48,7 @@
 + (instancetype)sharedController;
 + (BOOL)isBuilt;
 // The texts the panel takes when it is built; until given, each key shows itself.
-+ (void)useTexts:(const velmar::PanelTexts &)texts;
++ (void)useTexts:(velmar::PanelTexts)texts;
 
 - (instancetype)init;
 - (void)windowWillClose:(NSNotification *)notification;

@@ -35,8 +35,9 @@ static NSArray *TextsAsStrings() {
   return sharedInstance != nil;
 }
 
-+ (void)useTexts:(const velmar::PanelTexts &)texts {
-  buildTexts = texts;
+// Moved, not copied: nothing can throw inside the caller's pool.
++ (void)useTexts:(velmar::PanelTexts)texts {
+  buildTexts = std::move(texts);
 }
 
 - (instancetype)init {

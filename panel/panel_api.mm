@@ -59,7 +59,7 @@ bool is_built() {
 
 void provide_texts(PanelTexts texts) {
   @autoreleasepool {
-    [OptionsPanel useTexts:texts];
+    [OptionsPanel useTexts:std::move(texts)];
   }
 }
 
