@@ -75,13 +75,7 @@ class ClosingTest < Minitest::Test
   # already be stopping its interpreter: nothing reaches the observers then.
   def test_nothing_is_sent_once_the_application_terminates
     out, err, status = run_ruby(<<~RUBY)
-      panel = Velmar::OptionsPanelWindow.new(OptionsPanelTexts::EN)
-      observer = Object.new
-      def observer.close(payload)
-        puts "close"
-      end
-      panel.observe(observer)
-      panel.show
+      #{PanelTest.observed_panel('')}
       OptionsPanelDriver.announce_termination
       OptionsPanelDriver.close_box
       p OptionsPanelDriver.window_state[:visible]
@@ -90,6 +84,6 @@ class ClosingTest < Minitest::Test
       panel.send(:hide_render_all=, true)
     RUBY
     assert status.success?, err
-    assert_equal ["false"], out.lines.map(&:chomp)
+    assert_equal ["false", "at_exit ran"], out.lines.map(&:chomp)
   end
 end

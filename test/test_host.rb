@@ -98,43 +98,25 @@ class HostTest < Minitest::Test
   end
 
   # An observer's jump during the user's click, which the host's loop delivers.
-  def run_click_with_observer(observer_method)
-    run_plugin(<<~RUBY, "--timeout", "20")
-      require "OptionsPanel"
-      require "OptionsPanelDriver"
-      require #{TEXTS_FILE.inspect}
-      panel = Velmar::OptionsPanelWindow.new(OptionsPanelTexts::EN)
-      observer = Object.new
-      #{observer_method}
-      def observer.close(payload)
-        puts "close heard"
-      end
-      panel.observe(observer)
-      at_exit { puts "at_exit ran" }
-      panel.show
-      OptionsPanelDriver.click_later(:m_pButton, 0.2)
-      puts "waiting"
-    RUBY
+  def run_click_with_observer(output_changed)
+    script = "#{PanelTest.observed_panel(output_changed)}\n" \
+             "OptionsPanelDriver.click_later(:m_pButton, 0.2)\nputs 'waiting'\n"
+    run_plugin(script, "--timeout", "20")
   end
 
   def test_an_observers_exit_or_ctrl_c_during_a_click_ends_the_run_as_ruby_would
-    out, err, status = run_click_with_observer("def observer.output_changed(payload); exit(4); end")
+    out, err, status = run_click_with_observer("exit 4")
     assert_equal 4, status.exitstatus, err
     assert_equal ["waiting", "at_exit ran"], out.lines.map(&:chomp)
 
-    out, err, status = run_click_with_observer(<<~RUBY)
-      def observer.output_changed(payload)
-        Process.kill(:INT, Process.pid)
-        sleep 5
-      end
-    RUBY
+    out, err, status = run_click_with_observer("Process.kill(:INT, Process.pid)\nsleep 5")
     assert_equal 130, status.exitstatus
     assert_match(/stopped by signal 2/, err)
     assert_equal ["waiting", "at_exit ran"], out.lines.map(&:chomp)
   end
 
   def test_an_observers_throw_during_a_click_has_no_catch_and_is_reported
-    out, err, status = run_click_with_observer("def observer.output_changed(payload); throw(:leave); end")
+    out, err, status = run_click_with_observer("throw :leave")
     assert status.success?, err
     assert_match(/uncaught throw :leave \(UncaughtThrowError\)/, err)
     assert_equal ["waiting", "close heard", "at_exit ran"], out.lines.map(&:chomp)

@@ -201,22 +201,8 @@ class ObserverJumpsTest < Minitest::Test
   end
 
   def test_exit_during_ok_ends_a_plain_ruby_process_with_its_status
-    out, err, status = run_ruby(<<~RUBY)
-      panel = Velmar::OptionsPanelWindow.new(OptionsPanelTexts::EN)
-      observer = Object.new
-      def observer.output_changed(payload)
-        exit 3
-      end
-
-      def observer.close(payload)
-        puts "close heard"
-      end
-      panel.observe(observer)
-      at_exit { puts "at_exit ran" }
-      panel.show
-      OptionsPanelDriver.click(:m_pButton)
-      puts "after the click"
-    RUBY
+    script = PanelTest.observed_panel("exit 3")
+    out, err, status = run_ruby("#{script}\nOptionsPanelDriver.click(:m_pButton)\nputs 'after the click'\n")
     assert_equal 3, status.exitstatus, err
     assert_equal ["at_exit ran"], out.lines.map(&:chomp)
   end
