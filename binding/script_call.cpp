@@ -34,11 +34,16 @@ static VALUE toolkit_error(const panel::ToolkitFailure &failure) {
 
 VALUE end_script_call(const panel::Outcome &outcome) {
   VALUE held = rb_ary_pop(held_list());
-  if (!outcome.failed && !jump_held())
+  // A jump that goes on takes the place of an earlier exception, as a throw
+  // from an ensure clause does in Ruby; reporting it would run Ruby code,
+  // which may overwrite a held throw's record.
+  if (jump_held())
+    return Qnil;
+  if (!outcome.failed)
     return held;
   if (!NIL_P(held))
     observer_failed(held);
-  return jump_held() ? Qnil : toolkit_error(outcome.failure);
+  return toolkit_error(outcome.failure);
 }
 
 void abandon_script_call() {

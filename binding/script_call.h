@@ -16,8 +16,7 @@ void begin_script_call();
 // How many script calls are in progress, nested in one another's observers.
 long script_call_depth();
 // Closes the innermost call; returns the exception to raise, or Qnil. When a
-// jump is held, its own exception is reported instead and Qnil returned: the
-// jump goes on.
+// jump is held, Qnil: the jump goes on instead.
 VALUE end_script_call(const panel::Outcome &outcome);
 // Closes the innermost call after a C++ exception, which goes on instead.
 void abandon_script_call();

@@ -113,6 +113,22 @@ class ObserverJumpsTest < Minitest::Test
     assert_equal ["close", "later close"], @heard
   end
 
+  # As when an ensure clause throws while an exception is on its way: the
+  # throw goes on, and a script call drops the exception it held.
+  def test_a_throw_after_an_observers_exception_still_reaches_its_catch
+    on("close") { raise KeyError, "raised first" }
+    on("close") { throw :leave, :thrown }
+    result = nil
+    _, err = capture_io { result = catch(:leave) { panel.close } }
+    assert_equal :thrown, result
+    assert_empty err
+
+    panel.show
+    _, err = capture_io { result = catch(:leave) { Driver.click(:m_cButton) } }
+    assert_equal :thrown, result
+    assert_match(/raised first \(KeyError\)/, err)
+  end
+
   def test_a_throw_passes_the_catches_nested_inside_its_own
     on("close") { throw :outer, :thrown }
     inner_done = false
