@@ -44,10 +44,11 @@ static NSArray *TextsAsStrings() {
   NSArray *texts = TextsAsStrings();
   NSFont *headingFont = [NSFont boldSystemFontOfSize:11];
 
-  NSPanel *panel = [[[NSPanel alloc] initWithContentRect:NSMakeRect(10, 0, 420, 315)
-                                               styleMask:NSTitledWindowMask | NSClosableWindowMask
-                                                 backing:NSBackingStoreBuffered
-                                                   defer:NO] autorelease];
+  NSPanel *panel =
+      [[[NSPanel alloc] initWithContentRect:NSMakeRect(10, 0, 420, 315)
+                                  styleMask:NSWindowStyleMaskTitled | NSWindowStyleMaskClosable
+                                    backing:NSBackingStoreBuffered
+                                      defer:NO] autorelease];
   // The panel is closed and shown again many times; it must outlive each closing.
   [panel setReleasedWhenClosed:NO];
   KeepOnScreenWhenInactive(panel);
