@@ -59,7 +59,7 @@ class RegressionsTest < Minitest::Test
   # 10,000 such calls GNUstep recursed in its exception handler and the next
   # step hung.
   def test_the_driver_refuses_arguments_of_the_wrong_type_before_any_pool
-    out, err, status = run_ruby(<<~RUBY, timeout: 300)
+    out, err, status = run_ruby(<<~RUBY, timeout: 120)
       panel = Velmar::OptionsPanelWindow.new(OptionsPanelTexts::EN)
       panel.show
       d = OptionsPanelDriver
