@@ -1,7 +1,10 @@
-// What a jump out of Ruby code, stopped by rb_protect, carried.
+// What a jump out of Ruby code, stopped by rb_protect, carried, and how it is
+// held until it can go on.
 #pragma once
 
 #include <ruby.h>
+
+#include <dlfcn.h>
 
 namespace velmar {
 
@@ -9,11 +12,55 @@ namespace velmar {
 // throw or a break leaves an internal record there instead, which must never
 // reach an ordinary method: Ruby 3.3 crashes on rb_obj_is_kind_of of one.
 // Returns the exception, or Qnil for any other jump.
-inline VALUE exception_of_jump() {
-  VALUE info = rb_errinfo();
+inline VALUE exception_of(VALUE info) {
   if (SPECIAL_CONST_P(info) || BUILTIN_TYPE(info) != T_OBJECT)
     return Qnil;
   return RTEST(rb_obj_is_kind_of(info, rb_eException)) ? info : Qnil;
+}
+inline VALUE exception_of_jump() {
+  return exception_of(rb_errinfo());
+}
+
+// Takes over the jump that rb_protect just stopped with `state`, if it is one
+// that asks to leave rather than to report (exit, a signal, a throw or a break
+// to a frame outside the panel); returns false for a plain exception, left in
+// rb_errinfo() for the caller. A held throw or break keeps its record in
+// rb_errinfo(), so no Ruby code may run until it goes on.
+// Remembers how many script calls were in progress, the innermost of which
+// lets it go on.
+bool hold_jump(int state);
+bool jump_held();
+// Lets the held jump go on from here, where no toolkit frame is below: an exit
+// or signal is raised again, a throw or break resumes as the original one. A
+// record that Ruby code overwrote meanwhile can't go on and is reported once.
+// Returns when nothing is held.
+void resume_held_jump();
+// The same at the end of a script call at `depth` (1 for the outermost), for a
+// jump held during that call.
+void resume_jump_held_within(long depth);
+// A jump still held when Ruby code runs again was left by a user's action that
+// nobody resumed: an exit or signal is raised here, the first place without a
+// toolkit frame; a throw or break, whose target may be gone, is reported once.
+void settle_stale_jump();
+
+} // namespace velmar
+
+// For the driver and a host's event loop, which reach the extension only
+// through the symbols it exports: call between toolkit stretches, with no
+// toolkit frame on the stack.
+extern "C" __attribute__((visibility("default"))) void OptionsPanel_resume_held_jump();
+
+namespace velmar {
+
+// The same from the driver or a host's event loop, which don't link the
+// extension: the extension, if loaded, lets its held jump go on.
+inline void resume_options_panel_jump() {
+  using Resume = void (*)();
+  static Resume resume = nullptr;
+  if (!resume)
+    resume = reinterpret_cast<Resume>(dlsym(RTLD_DEFAULT, "OptionsPanel_resume_held_jump"));
+  if (resume)
+    resume();
 }
 
 } // namespace velmar

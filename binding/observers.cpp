@@ -1,6 +1,7 @@
 #include "binding/observers.h"
 
 #include "binding/convert.h"
+#include "binding/cxx_guard.h"
 #include "binding/jump.h"
 #include "binding/script_call.h"
 #include "panel/events.h"
@@ -32,27 +33,26 @@ static VALUE deliver_from_next(VALUE argument) {
 }
 
 // Any jump out of Ruby code (raise, throw, exit) stops here, not in our frames.
-// Returns false when the body jumped out.
+// A plain exception is handed on and delivery goes on; a jump that asks to
+// leave is held, and nothing more is delivered until it goes on. Returns false
+// when the body jumped out.
 static bool protect(VALUE (*body)(VALUE), VALUE argument) {
   int state = 0;
   rb_protect(body, argument, &state);
   if (!state)
     return true;
-  VALUE error = exception_of_jump();
-  rb_set_errinfo(Qnil);
-  // A throw to a catch outside the panel cannot be resumed once stopped here;
-  // it is reported like any other failure rather than dropped.
-  if (NIL_P(error))
-    error = rb_exc_new_cstr(rb_eRuntimeError,
-                            "an observer jumped out of its event; the jump stops at the panel");
-  observer_failed(error);
+  if (!hold_jump(state)) {
+    VALUE error = rb_errinfo();
+    rb_set_errinfo(Qnil);
+    observer_failed(error);
+  }
   return false;
 }
 
 static void notify(ID event, VALUE payload) {
   Delivery delivery{options_panel_observers, RARRAY_LEN(options_panel_observers), 0, event,
                     payload};
-  while (!protect(deliver_from_next, reinterpret_cast<VALUE>(&delivery)))
+  while (!jump_held() && !protect(deliver_from_next, reinterpret_cast<VALUE>(&delivery)))
     ;
   RB_GC_GUARD(payload);
 }
@@ -62,11 +62,15 @@ void notify_options_window_observer(const char *event, VALUE payload) {
 }
 
 static VALUE ruby_value(const EventValue &value) {
-  if (const auto *text = std::get_if<std::string>(&value))
-    return utf8_string(*text);
-  if (const auto *number = std::get_if<int32_t>(&value))
-    return INT2NUM(*number);
-  return rb_float_new(std::get<double>(value));
+  switch (value.kind) {
+  case EventValue::Kind::Text:
+    return utf8_string(value.text);
+  case EventValue::Kind::Integer:
+    return INT2NUM(value.integer);
+  case EventValue::Kind::Real:
+    break;
+  }
+  return rb_float_new(value.real);
 }
 
 struct PanelEvent {
@@ -74,17 +78,27 @@ struct PanelEvent {
   const EventValues *values;
 };
 
+static VALUE panel_payload(const EventValues &values) {
+  VALUE payload = rb_ary_new_capa(static_cast<long>(values.size()));
+  for (const EventValue &value : values)
+    rb_ary_push(payload, ruby_value(value));
+  return payload;
+}
+
+// Copying the texts may throw; the exception is turned into a Ruby one here,
+// inside the protected frame, before it could reach Ruby's frames.
 static VALUE deliver_panel_event(VALUE argument) {
   const auto *event = reinterpret_cast<const PanelEvent *>(argument);
-  VALUE payload = rb_ary_new_capa(static_cast<long>(event->values->size()));
-  for (const EventValue &value : *event->values)
-    rb_ary_push(payload, ruby_value(value));
+  VALUE payload = guard_cxx([&] { return panel_payload(*event->values); });
   notify_options_window_observer(event->name, payload);
   return Qnil;
 }
 
-// The panel calls this from inside the toolkit's frames.
+// The panel calls this from inside the toolkit's frames. While a jump is held
+// no Ruby code may run, so the event is dropped.
 static void panel_event_sink(const char *name, const EventValues &values) {
+  if (jump_held())
+    return;
   PanelEvent event{name, &values};
   protect(deliver_panel_event, reinterpret_cast<VALUE>(&event));
 }

@@ -1,5 +1,6 @@
 #include "binding/script_call.h"
 
+#include "binding/report.h"
 #include "binding/text_table.h"
 #include "platform/threads.h"
 
@@ -18,7 +19,12 @@ static VALUE held_list() {
 }
 
 void begin_script_call() {
+  settle_stale_jump();
   rb_ary_push(held_list(), Qnil);
+}
+
+long script_call_depth() {
+  return RARRAY_LEN(held_list());
 }
 
 static VALUE toolkit_error(const panel::ToolkitFailure &failure) {
@@ -28,16 +34,20 @@ static VALUE toolkit_error(const panel::ToolkitFailure &failure) {
 
 VALUE end_script_call(const panel::Outcome &outcome) {
   VALUE held = rb_ary_pop(held_list());
-  if (!outcome)
+  // A jump that goes on takes the place of an earlier exception, as a throw
+  // from an ensure clause does in Ruby; reporting it would run Ruby code,
+  // which may overwrite a held throw's record.
+  if (jump_held())
+    return Qnil;
+  if (!outcome.failed)
     return held;
   if (!NIL_P(held))
     observer_failed(held);
-  return toolkit_error(*outcome);
+  return toolkit_error(outcome.failure);
 }
 
-static VALUE write_report(VALUE exception) {
-  VALUE message = rb_funcall(exception, rb_intern("full_message"), 0);
-  return rb_funcall(rb_gv_get("$stderr"), rb_intern("write"), 1, message);
+void abandon_script_call() {
+  rb_ary_pop(held_list());
 }
 
 void observer_failed(VALUE exception) {

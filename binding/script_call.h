@@ -4,6 +4,7 @@
 // handler raise, either the toolkit's failure or an observer's exception.
 #pragma once
 
+#include "binding/jump.h"
 #include "panel/panel_api.h"
 
 #include <ruby.h>
@@ -12,16 +13,32 @@ namespace velmar {
 
 // Observer exceptions raised during a script method are held for it to re-raise.
 void begin_script_call();
-// Closes the innermost call; returns the exception to raise, or Qnil.
+// How many script calls are in progress, nested in one another's observers.
+long script_call_depth();
+// Closes the innermost call; returns the exception to raise, or Qnil. When a
+// jump is held, Qnil: the jump goes on instead.
 VALUE end_script_call(const panel::Outcome &outcome);
+// Closes the innermost call after a C++ exception, which goes on instead.
+void abandon_script_call();
 // An observer raised: held by the innermost script call, else reported on $stderr
 // as an unhandled exception would be, since a user's action has no caller to tell.
 void observer_failed(VALUE exception);
 
-// Runs an operation that returns a panel::Outcome; returns the exception to raise, or Qnil.
+// Runs an operation that returns a panel::Outcome; returns the exception to
+// raise, or Qnil. A jump held meanwhile goes on from here, once the outcome and
+// every toolkit frame of the operation are gone.
 template <typename Operation> VALUE attempt(Operation operation) {
   begin_script_call();
-  return end_script_call(operation());
+  long depth = script_call_depth();
+  VALUE exception;
+  try {
+    exception = end_script_call(operation());
+  } catch (...) {
+    abandon_script_call();
+    throw;
+  }
+  resume_jump_held_within(depth);
+  return exception;
 }
 
 inline VALUE raise_or_true(VALUE exception) {

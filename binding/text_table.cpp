@@ -18,12 +18,15 @@ VALUE initialize(VALUE self, VALUE table) {
 }
 
 // Looks every key up first: a Hash's default proc may run any Ruby code and
-// raise, and no C++ text may be half-built when it does.
+// raise, and no C++ text may be half-built when it does. It may also call
+// `new` with another table: the lookups go on in the table that was checked.
 static VALUE fetch_texts() {
+  VALUE table = myHashValues;
   VALUE values = rb_ary_new_capa(kTextKeyCount);
-  bool is_table = RB_TYPE_P(myHashValues, T_HASH);
+  bool is_table = RB_TYPE_P(table, T_HASH);
   for (const char *key : kTextKeys)
-    rb_ary_push(values, is_table ? rb_hash_aref(myHashValues, rb_str_new_cstr(key)) : Qnil);
+    rb_ary_push(values, is_table ? rb_hash_aref(table, rb_str_new_cstr(key)) : Qnil);
+  RB_GC_GUARD(table);
   return values;
 }
 

@@ -6,6 +6,8 @@
 #include <ruby.h>
 #include <objc/runtime.h>
 
+#include "binding/cxx_guard.h"
+#include "binding/jump.h"
 #import "platform/platform.h"
 
 @interface NSObject (OptionsPanelController)
@@ -55,12 +57,17 @@ static id Controller() {
   return [cls sharedController];
 }
 
-static id Control(NSString *name) {
+static id ControlNamed(const char *name) {
   id controller = Controller();
-  Ivar ivar = class_getInstanceVariable([controller class], [name UTF8String]);
+  Ivar ivar = class_getInstanceVariable([controller class], name);
   if (!ivar)
-    [NSException raise:@"UnknownControl" format:@"no control named %@", name];
+    [NSException raise:@"UnknownControl" format:@"no control named %s", name];
   return object_getIvar(controller, ivar);
+}
+
+// `name` is a String made by Name().
+static id Control(VALUE name) {
+  return ControlNamed(RSTRING_PTR(name));
 }
 
 static NSWindow *PanelWindow() {
@@ -104,15 +111,22 @@ static VALUE ToRuby(id object) {
 }
 
 // Runs one toolkit step in its own pool; a toolkit exception becomes a Ruby
-// RuntimeError, raised only after the pool and the @try frame are gone.
+// RuntimeError, raised only after the pool and the @try frame are gone. Every
+// Ruby argument is converted before: a conversion that raises would leave the
+// pool undrained. A C++ exception drains the pool on its way to the guard.
 template <typename Step> static VALUE Drive(Step step) {
   id result = nil;
   NSString *failure = nil;
   NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
-  @try {
-    result = [step() retain];
-  } @catch (NSException *exception) {
-    failure = [[NSString alloc] initWithFormat:@"%@: %@", [exception name], [exception reason]];
+  try {
+    @try {
+      result = [step() retain];
+    } @catch (NSException *exception) {
+      failure = [[NSString alloc] initWithFormat:@"%@: %@", [exception name], [exception reason]];
+    }
+  } catch (...) {
+    [pool drain];
+    throw;
   }
   // UTF8String autoreleases the bytes it returns: the message is read while the
   // pool is still there, or GNUstep leaks them with a warning at every failure.
@@ -122,18 +136,25 @@ template <typename Step> static VALUE Drive(Step step) {
     [failure release];
   }
   [pool drain];
-  if (!NIL_P(message))
-    rb_exc_raise(rb_exc_new_str(rb_eRuntimeError, message));
   // Reading an object's text autoreleases too.
   pool = [[NSAutoreleasePool alloc] init];
   VALUE value = ToRuby(result);
   [result release];
   [pool drain];
+  // The step was the user's: an exit, signal or throw of an observer goes on
+  // here, as it would at a host's next turn, once every toolkit frame is gone.
+  velmar::resume_options_panel_jump();
+  if (!NIL_P(message))
+    rb_exc_raise(rb_exc_new_str(rb_eRuntimeError, message));
   return value;
 }
 
-static NSString *Name(VALUE name) {
-  return [NSString stringWithUTF8String:rb_id2name(rb_sym2id(rb_to_symbol(name)))];
+// A control's name as a String, from a Symbol or String: TypeError for anything
+// else, ArgumentError for a NUL inside. Held by the step's closure while it runs.
+static VALUE Name(VALUE name) {
+  VALUE text = rb_sym2str(rb_to_symbol(name));
+  StringValueCStr(text);
+  return text;
 }
 
 // ---- acting as the user ----
@@ -145,8 +166,9 @@ static id RequireEnabled(NSControl *control) {
 }
 
 static VALUE click(VALUE, VALUE name) {
+  VALUE target = Name(name);
   return Drive([=] {
-    [RequireEnabled(Control(Name(name))) performClick:nil];
+    [RequireEnabled(Control(target)) performClick:nil];
     return (id)nil;
   });
 }
@@ -155,17 +177,34 @@ static VALUE click(VALUE, VALUE name) {
 // the toolkit sends it. performClick: also flashes the button for a tenth of a
 // second first, which is longer than anything the panel does.
 static VALUE press(VALUE, VALUE name) {
+  VALUE target = Name(name);
   return Drive([=] {
-    NSControl *control = RequireEnabled(Control(Name(name)));
+    NSControl *control = RequireEnabled(Control(target));
     [control sendAction:[control action] to:[control target]];
+    return (id)nil;
+  });
+}
+
+// A click that the event loop delivers after the delay, as a user's arrives
+// while a host waits for events.
+static VALUE click_later(VALUE, VALUE name, VALUE seconds) {
+  VALUE target = Name(name);
+  double delay = NUM2DBL(seconds);
+  return Drive([=] {
+    NSButton *button = RequireEnabled(Control(target));
+    [button performSelector:@selector(performClick:)
+                 withObject:nil
+                 afterDelay:delay
+                    inModes:@[ NSDefaultRunLoopMode ]];
     return (id)nil;
   });
 }
 
 static VALUE click_cell(VALUE, VALUE name, VALUE index) {
   long i = NUM2LONG(index);
+  VALUE target = Name(name);
   return Drive([=] {
-    NSMatrix *group = RequireEnabled(Control(Name(name)));
+    NSMatrix *group = RequireEnabled(Control(target));
     BOOL column = [group numberOfRows] == 1;
     [group selectCellAtRow:column ? 0 : i column:column ? i : 0];
     [group sendAction];
@@ -175,8 +214,9 @@ static VALUE click_cell(VALUE, VALUE name, VALUE index) {
 
 static VALUE pick(VALUE, VALUE name, VALUE index) {
   long i = NUM2LONG(index);
+  VALUE target = Name(name);
   return Drive([=] {
-    NSComboBox *combo = RequireEnabled(Control(Name(name)));
+    NSComboBox *combo = RequireEnabled(Control(target));
     [combo selectItemAtIndex:i];
     if ([combo action])
       [combo sendAction:[combo action] to:[combo target]];
@@ -189,7 +229,7 @@ static VALUE click_titled(VALUE, VALUE index, VALUE title) {
   long i = NUM2LONG(index);
   const char *text = StringValueCStr(title);
   return Drive([=] {
-    NSTabViewItem *item = [(NSTabView *)Control(@"myTabView") tabViewItemAtIndex:i];
+    NSTabViewItem *item = [(NSTabView *)ControlNamed("myTabView") tabViewItemAtIndex:i];
     NSString *wanted = [NSString stringWithUTF8String:text];
     for (NSView *view in [[item view] subviews])
       if ([view isKindOfClass:[NSButton class]] && [[(NSButton *)view title] isEqual:wanted]) {
@@ -216,8 +256,9 @@ static NSText *EditorFor(NSTextField *field, BOOL selectAll) {
 
 static VALUE type_text(VALUE, VALUE name, VALUE text) {
   const char *chars = StringValueCStr(text);
+  VALUE target = Name(name);
   return Drive([=] {
-    NSTextField *field = Control(Name(name));
+    NSTextField *field = Control(target);
     NSString *typed = [NSString stringWithUTF8String:chars];
     for (NSUInteger i = 0; i < [typed length];) {
       NSRange key = [typed rangeOfComposedCharacterSequenceAtIndex:i];
@@ -229,16 +270,18 @@ static VALUE type_text(VALUE, VALUE name, VALUE text) {
 }
 
 static VALUE clear(VALUE, VALUE name) {
+  VALUE target = Name(name);
   return Drive([=] {
-    NSText *editor = EditorFor(Control(Name(name)), YES);
+    NSText *editor = EditorFor(Control(target), YES);
     [editor delete:nil];
     return (id)nil;
   });
 }
 
 static VALUE press_return(VALUE, VALUE name) {
+  VALUE target = Name(name);
   return Drive([=] {
-    [(NSTextView *)EditorFor(Control(Name(name)), NO) insertNewline:nil];
+    [(NSTextView *)EditorFor(Control(target), NO) insertNewline:nil];
     return (id)nil;
   });
 }
@@ -253,7 +296,7 @@ static VALUE close_box(VALUE) {
 static VALUE choose_tab(VALUE, VALUE index) {
   long i = NUM2LONG(index);
   return Drive([=] {
-    [(NSTabView *)Control(@"myTabView") selectTabViewItemAtIndex:i];
+    [(NSTabView *)ControlNamed("myTabView") selectTabViewItemAtIndex:i];
     return (id)nil;
   });
 }
@@ -271,6 +314,26 @@ static VALUE start_application(VALUE) {
   return Drive([] {
     HostSignalsGuard hostSignals;
     EnsureApplicationObject();
+    return (id)nil;
+  });
+}
+
+// What AppKit does to a panel that hides on deactivation when its application
+// goes to the background: off screen, but not closed.
+static VALUE hide_as_inactive(VALUE) {
+  return Drive([] {
+    [PanelWindow() orderOut:nil];
+    return (id)nil;
+  });
+}
+
+// What terminate: does first, without ending the process: the application's
+// observers hear that it is terminating.
+static VALUE announce_termination(VALUE) {
+  return Drive([] {
+    [[NSNotificationCenter defaultCenter]
+        postNotificationName:NSApplicationWillTerminateNotification
+                      object:NSApp];
     return (id)nil;
   });
 }
@@ -375,7 +438,8 @@ static NSDictionary *Describe(NSView *view) {
 }
 
 static VALUE control(VALUE, VALUE name) {
-  return Drive([=] { return (id)Describe(Control(Name(name))); });
+  VALUE target = Name(name);
+  return Drive([=] { return (id)Describe(Control(target)); });
 }
 
 static NSArray *DescribeAll(NSArray *views) {
@@ -393,14 +457,14 @@ static VALUE content_views(VALUE) {
 static VALUE tab_views(VALUE, VALUE index) {
   long i = NUM2LONG(index);
   return Drive([=] {
-    NSTabViewItem *item = [(NSTabView *)Control(@"myTabView") tabViewItemAtIndex:i];
+    NSTabViewItem *item = [(NSTabView *)ControlNamed("myTabView") tabViewItemAtIndex:i];
     return (id)DescribeAll([[item view] subviews]);
   });
 }
 
 static VALUE tabs(VALUE) {
   return Drive([] {
-    NSTabView *tabView = Control(@"myTabView");
+    NSTabView *tabView = ControlNamed("myTabView");
     NSMutableArray *all = [NSMutableArray array];
     for (NSTabViewItem *item in [tabView tabViewItems])
       [all addObject:@{
@@ -449,9 +513,9 @@ static NSPoint TargetIn(NSView *view, long index) {
 // Where a pointer must go to reach the target, in the X server's screen
 // coordinates: whole pixels, origin at the top-left corner.
 // A control by its name, or the title bar's close box, which the controller has no name for.
-static NSView *PressableView(NSString *name) {
-  if (![name isEqual:@"close_box"])
-    return Control(name);
+static NSView *PressableView(const char *name) {
+  if (strcmp(name, "close_box") != 0)
+    return ControlNamed(name);
   NSButton *closeBox = [PanelWindow() standardWindowButton:NSWindowCloseButton];
   if (!closeBox)
     [NSException raise:@"NoCloseBox" format:@"the title bar shows no close box"];
@@ -459,10 +523,11 @@ static NSView *PressableView(NSString *name) {
 }
 
 static VALUE screen_point(VALUE, VALUE name, VALUE index) {
-  const char *control = rb_id2name(rb_sym2id(rb_to_symbol(name)));
+  VALUE target = Name(name);
   long i = NIL_P(index) ? -1 : NUM2LONG(index);
   return Drive([=] {
-    NSView *view = PressableView([NSString stringWithUTF8String:control]);
+    const char *control = RSTRING_PTR(target);
+    NSView *view = PressableView(control);
     NSWindow *window = [view window];
     if (!window)
       [NSException raise:@"NotShowing" format:@"%s is not on the window", control];
@@ -563,33 +628,42 @@ static VALUE screenshot_window(VALUE, VALUE path) {
   });
 }
 
+// Every function is guarded: a C++ exception becomes a Ruby one on the way out.
+// The function itself, not the macro that newer Rubies put in its place for C++.
+static void define(VALUE module, const char *name, VALUE (*function)(ANYARGS), int arity) {
+  (rb_define_module_function)(module, name, function, arity);
+}
+
 extern "C" __attribute__((visibility("default"))) void Init_OptionsPanelDriver() {
   VALUE driver = rb_define_module("OptionsPanelDriver");
-  rb_define_module_function(driver, "click", click, 1);
-  rb_define_module_function(driver, "press", press, 1);
-  rb_define_module_function(driver, "click_cell", click_cell, 2);
-  rb_define_module_function(driver, "pick", pick, 2);
-  rb_define_module_function(driver, "click_titled", click_titled, 2);
-  rb_define_module_function(driver, "type", type_text, 2);
-  rb_define_module_function(driver, "clear", clear, 1);
-  rb_define_module_function(driver, "press_return", press_return, 1);
-  rb_define_module_function(driver, "close_box", close_box, 0);
-  rb_define_module_function(driver, "choose_tab", choose_tab, 1);
-  rb_define_module_function(driver, "process_events", process_events, 0);
-  rb_define_module_function(driver, "start_application", start_application, 0);
-  rb_define_module_function(driver, "drawn?", drawn, 0);
-  rb_define_module_function(driver, "answer_folder_chooser", answer_folder_chooser, 2);
-  rb_define_module_function(driver, "folder_chooser_answered?", folder_chooser_answered, 0);
-  rb_define_module_function(driver, "control", control, 1);
-  rb_define_module_function(driver, "run_loop_timers", run_loop_timers, 0);
-  rb_define_module_function(driver, "screen_point", screen_point, 2);
-  rb_define_module_function(driver, "content_views", content_views, 0);
-  rb_define_module_function(driver, "tab_views", tab_views, 1);
-  rb_define_module_function(driver, "tabs", tabs, 0);
-  rb_define_module_function(driver, "window_state", window_state, 0);
-  rb_define_module_function(driver, "built?", built, 0);
-  rb_define_module_function(driver, "modal_panel_level", modal_panel_level, 0);
-  rb_define_module_function(driver, "image_types", image_types, 0);
-  rb_define_module_function(driver, "screenshot", screenshot, 1);
-  rb_define_module_function(driver, "screenshot_window", screenshot_window, 1);
+  define(driver, "click", VELMAR_GUARDED(click), 1);
+  define(driver, "press", VELMAR_GUARDED(press), 1);
+  define(driver, "click_later", VELMAR_GUARDED(click_later), 2);
+  define(driver, "click_cell", VELMAR_GUARDED(click_cell), 2);
+  define(driver, "pick", VELMAR_GUARDED(pick), 2);
+  define(driver, "click_titled", VELMAR_GUARDED(click_titled), 2);
+  define(driver, "type", VELMAR_GUARDED(type_text), 2);
+  define(driver, "clear", VELMAR_GUARDED(clear), 1);
+  define(driver, "press_return", VELMAR_GUARDED(press_return), 1);
+  define(driver, "close_box", VELMAR_GUARDED(close_box), 0);
+  define(driver, "choose_tab", VELMAR_GUARDED(choose_tab), 1);
+  define(driver, "process_events", VELMAR_GUARDED(process_events), 0);
+  define(driver, "start_application", VELMAR_GUARDED(start_application), 0);
+  define(driver, "hide_as_inactive", VELMAR_GUARDED(hide_as_inactive), 0);
+  define(driver, "announce_termination", VELMAR_GUARDED(announce_termination), 0);
+  define(driver, "drawn?", VELMAR_GUARDED(drawn), 0);
+  define(driver, "answer_folder_chooser", VELMAR_GUARDED(answer_folder_chooser), 2);
+  define(driver, "folder_chooser_answered?", VELMAR_GUARDED(folder_chooser_answered), 0);
+  define(driver, "control", VELMAR_GUARDED(control), 1);
+  define(driver, "run_loop_timers", VELMAR_GUARDED(run_loop_timers), 0);
+  define(driver, "screen_point", VELMAR_GUARDED(screen_point), 2);
+  define(driver, "content_views", VELMAR_GUARDED(content_views), 0);
+  define(driver, "tab_views", VELMAR_GUARDED(tab_views), 1);
+  define(driver, "tabs", VELMAR_GUARDED(tabs), 0);
+  define(driver, "window_state", VELMAR_GUARDED(window_state), 0);
+  define(driver, "built?", VELMAR_GUARDED(built), 0);
+  define(driver, "modal_panel_level", VELMAR_GUARDED(modal_panel_level), 0);
+  define(driver, "image_types", VELMAR_GUARDED(image_types), 0);
+  define(driver, "screenshot", VELMAR_GUARDED(screenshot), 1);
+  define(driver, "screenshot_window", VELMAR_GUARDED(screenshot_window), 1);
 }

@@ -1,6 +1,8 @@
 #include "host/ruby_runtime.h"
 
+#include "binding/cxx_guard.h"
 #include "binding/jump.h"
+#include "binding/report.h"
 
 #include <ruby.h>
 
@@ -49,16 +51,11 @@ void start_ruby(const Options &options, const std::string &build_folder) {
   ruby_set_argv(static_cast<int>(script_argv.size()), script_argv.data());
 }
 
-static VALUE write_report(VALUE error) {
-  VALUE report = rb_funcall(error, rb_intern("full_message"), 0);
-  return rb_funcall(rb_gv_get("$stderr"), rb_intern("write"), 1, report);
-}
-
 // Prints the error as `ruby` would for an uncaught one; an error in printing it
 // (a broken $stderr, a raising #message) must not end the host in a crash.
 static void report(VALUE error) {
   int state = 0;
-  rb_protect(write_report, error, &state);
+  rb_protect(velmar::write_report, error, &state);
   if (state) {
     rb_set_errinfo(Qnil);
     std::fputs("velmar-host: the plugin raised an error that could not be printed\n", stderr);
@@ -90,10 +87,15 @@ int load_plugin() {
   return state ? status_after_jump(state) : -1;
 }
 
+// A jump that an observer made during the user's last action (exit, Ctrl-C)
+// goes on here, where Ruby stops it as it would stop the script's own.
 static VALUE let_ruby_run(VALUE) {
-  rb_thread_schedule();
-  rb_thread_check_ints();
-  return Qnil;
+  return velmar::guard_cxx([] {
+    velmar::resume_options_panel_jump();
+    rb_thread_schedule();
+    rb_thread_check_ints();
+    return Qnil;
+  });
 }
 
 int ruby_turn() {

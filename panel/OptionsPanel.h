@@ -39,15 +39,22 @@
   // Set while the controller itself selects in mySizeCombo: the toolkit reports
   // those selections too, and only the user's pick may run the size-preset rule.
   BOOL selectingSizeItem;
+  // On screen from the panel's own point of view: set when it is put there,
+  // cleared when it closes. AppKit hides a panel while the application is in
+  // the background, which isVisible would take for closed.
+  BOOL isOpen;
 }
 
 + (instancetype)sharedController;
 + (BOOL)isBuilt;
 // The texts the panel takes when it is built; until given, each key shows itself.
-+ (void)useTexts:(const velmar::PanelTexts &)texts;
++ (void)useTexts:(velmar::PanelTexts)texts;
 
 - (instancetype)init;
 - (void)windowWillClose:(NSNotification *)notification;
+// AppKit closes every window as the application terminates; the scripts'
+// interpreter may be going down by then, so no event is sent from here on.
+- (void)applicationWillTerminate:(NSNotification *)notification;
 - (void)onCloseClicked;
 - (void)processEvents;
 

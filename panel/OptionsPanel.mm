@@ -36,18 +36,20 @@ static NSArray *TextsAsStrings() {
   return sharedInstance != nil;
 }
 
-+ (void)useTexts:(const velmar::PanelTexts &)texts {
-  buildTexts = texts;
+// Moved, not copied: nothing can throw inside the caller's pool.
++ (void)useTexts:(velmar::PanelTexts)texts {
+  buildTexts = std::move(texts);
 }
 
 - (instancetype)init {
   NSArray *texts = TextsAsStrings();
   NSFont *headingFont = [NSFont boldSystemFontOfSize:11];
 
-  NSPanel *panel = [[[NSPanel alloc] initWithContentRect:NSMakeRect(10, 0, 420, 315)
-                                               styleMask:NSTitledWindowMask | NSClosableWindowMask
-                                                 backing:NSBackingStoreBuffered
-                                                   defer:NO] autorelease];
+  NSPanel *panel =
+      [[[NSPanel alloc] initWithContentRect:NSMakeRect(10, 0, 420, 315)
+                                  styleMask:NSWindowStyleMaskTitled | NSWindowStyleMaskClosable
+                                    backing:NSBackingStoreBuffered
+                                      defer:NO] autorelease];
   // The panel is closed and shown again many times; it must outlive each closing.
   [panel setReleasedWhenClosed:NO];
   KeepOnScreenWhenInactive(panel);
@@ -59,7 +61,12 @@ static NSArray *TextsAsStrings() {
   if (!self)
     return nil;
   window = panel;
+  isOpen = YES;
   [window setDelegate:self];
+  [[NSNotificationCenter defaultCenter] addObserver:self
+                                           selector:@selector(applicationWillTerminate:)
+                                               name:NSApplicationWillTerminateNotification
+                                             object:nil];
 
   m_pButton = MakePushButton(NSMakeRect(290, 0, 60, 50), [texts objectAtIndex:velmar::kOkButton],
                              self, @selector(onApplyClicked), YES);
@@ -96,19 +103,25 @@ static NSArray *TextsAsStrings() {
 - (void)showPanel {
   [window setLevel:CGWindowLevelForKey(kCGModalPanelWindowLevelKey)];
   [self showWindow:nil];
+  isOpen = YES;
 }
 
 - (void)closePanel {
-  // A panel already off screen has nothing to close and nothing to tell the
-  // scripts, whichever AppKit would report closing a closed window again.
-  if ([window isVisible])
+  // A closed panel has nothing to close and nothing to tell the scripts,
+  // whichever AppKit would report closing a closed window again.
+  if (isOpen)
     [self close];
 }
 
 - (void)windowWillClose:(NSNotification *)notification {
+  isOpen = NO;
   // Each time the panel closes, so that no number of sessions piles them up.
   DropFinishedTimers();
   velmar::send_event("close", {1.0});
+}
+
+- (void)applicationWillTerminate:(NSNotification *)notification {
+  velmar::stop_events();
 }
 
 - (void)onCloseClicked {

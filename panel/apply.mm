@@ -11,9 +11,9 @@ using velmar::send_event;
 static std::string WordOfGroup(NSMatrix *group, const char *first, const char *second,
                                const char *rest) {
   NSArray *cells = [group cells];
-  if ([[cells objectAtIndex:0] state] == NSOnState)
+  if ([[cells objectAtIndex:0] state] == NSControlStateValueOn)
     return first;
-  if ([[cells objectAtIndex:1] state] == NSOnState)
+  if ([[cells objectAtIndex:1] state] == NSControlStateValueOn)
     return second;
   return rest;
 }
@@ -36,7 +36,7 @@ static int32_t StateOf(NSButton *box) {
   std::string height = Utf8FromNSString([myHeightValueText stringValue]);
   std::string folder = Utf8FromNSString([mySaveLocText stringValue]);
   std::string format = WordOfGroup(aImageTypeLMatrix, "png", "jpg", "hdr");
-  if (format == "png" && [myTransCButton state] == NSOnState)
+  if (format == "png" && [myTransCButton state] == NSControlStateValueOn)
     format = "pnga";
   std::string saveMode = WordOfGroup(aISLMatrix, "model", "custom", "custom");
   send_event("output_changed", {sizeMode, width, height, format, saveMode, folder, preset});

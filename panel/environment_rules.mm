@@ -3,14 +3,14 @@
 @implementation OptionsPanel (Environment)
 
 - (void)setOption:(NSButton *)box on:(BOOL)on {
-  [box setState:on ? NSOnState : NSOffState];
+  [box setState:on ? NSControlStateValueOn : NSControlStateValueOff];
 }
 
 - (void)setBackground:(NSString *)background {
   NSInteger row = [background isEqualToString:@"default"] ? 0
                   : [background isEqualToString:@"sky"]   ? 1
                                                           : 2;
-  [matrix setState:NSOnState atRow:row column:0];
+  [matrix setState:NSControlStateValueOn atRow:row column:0];
 }
 
 - (void)setSlider:(NSSlider *)slider value:(int32_t)value {

@@ -13,4 +13,8 @@ void send_event(const char *name, const EventValues &values) {
     event_sink(name, values);
 }
 
+void stop_events() {
+  event_sink = nullptr;
+}
+
 } // namespace velmar

@@ -4,17 +4,30 @@
 
 #include <cstdint>
 #include <string>
-#include <variant>
+#include <utility>
 #include <vector>
 
 namespace velmar {
 
-using EventValue = std::variant<std::string, int32_t, double>;
+// One element of a payload: a text, an integer or a real number.
+struct EventValue {
+  enum class Kind { Text, Integer, Real };
+  EventValue(std::string value) : kind(Kind::Text), text(std::move(value)) {}
+  EventValue(int32_t value) : kind(Kind::Integer), integer(value) {}
+  EventValue(double value) : kind(Kind::Real), real(value) {}
+
+  Kind kind;
+  std::string text;
+  int32_t integer = 0;
+  double real = 0;
+};
 using EventValues = std::vector<EventValue>;
 using EventSink = void (*)(const char *name, const EventValues &values);
 
 void set_event_sink(EventSink sink);
 // Delivers synchronously: every observer has seen the event when this returns.
 void send_event(const char *name, const EventValues &values);
+// Drops every later event, for good: the application is terminating.
+void stop_events();
 
 } // namespace velmar

@@ -25,15 +25,15 @@ enum { kModelColumn = 0, kCustomColumn = 1 };
   NSOpenPanel *chooser = [NSOpenPanel openPanel];
   [chooser setCanChooseFiles:NO];
   [chooser setCanChooseDirectories:YES];
-  if ([chooser runModal] == NSOKButton)
-    [mySaveLocText setStringValue:[chooser filename]];
+  if ([chooser runModal] == NSModalResponseOK)
+    [mySaveLocText setStringValue:[[chooser URL] path]];
 }
 
 - (void)setFormat:(NSString *)format {
   NSInteger column;
   if ([format isEqualToString:@"pnga"]) {
     [myTransCButton setEnabled:YES];
-    [myTransCButton setState:NSOnState];
+    [myTransCButton setState:NSControlStateValueOn];
     column = kPngColumn;
   } else if ([format isEqualToString:@"png"]) {
     [myTransCButton setEnabled:YES];
@@ -45,14 +45,14 @@ enum { kModelColumn = 0, kCustomColumn = 1 };
     [myTransCButton setEnabled:NO];
     column = kHdrColumn;
   }
-  [aImageTypeLMatrix setState:NSOnState atRow:0 column:column];
+  [aImageTypeLMatrix setState:NSControlStateValueOn atRow:0 column:column];
 }
 
 - (void)setSaveLocationMode:(NSString *)mode folder:(NSString *)folder {
   [mySaveLocText setStringValue:folder];
   BOOL model = [mode isEqualToString:@"model"];
   [self imageSaveEnableDisable:!model];
-  [aISLMatrix setState:NSOnState atRow:0 column:model ? kModelColumn : kCustomColumn];
+  [aISLMatrix setState:NSControlStateValueOn atRow:0 column:model ? kModelColumn : kCustomColumn];
 }
 
 @end

@@ -25,7 +25,7 @@ static int32_t Doubled(int32_t height) {
 @implementation OptionsPanel (ImageSize)
 
 - (BOOL)panoramaIsOn {
-  return [[[aImageSizeMatrix cells] objectAtIndex:kPanoramaRow] state] == NSOnState;
+  return [[[aImageSizeMatrix cells] objectAtIndex:kPanoramaRow] state] == NSControlStateValueOn;
 }
 
 - (void)applyViewportFallback {
@@ -128,13 +128,13 @@ static int32_t Doubled(int32_t height) {
 
 - (void)setSizeMode:(NSString *)mode width:(int32_t)width height:(int32_t)height {
   if ([mode isEqualToString:@"viewport"]) {
-    [aImageSizeMatrix setState:NSOnState atRow:kViewportRow column:0];
+    [aImageSizeMatrix setState:NSControlStateValueOn atRow:kViewportRow column:0];
     [self imageSizeEnableDisable:NO];
     [self selectSizeItem:@"Custom"];
     [myWidthValueText setStringValue:Decimal(0)];
     [myHeightValueText setStringValue:Decimal(0)];
   } else if ([mode isEqualToString:@"fixed"]) {
-    [aImageSizeMatrix setState:NSOnState atRow:kFixedRow column:0];
+    [aImageSizeMatrix setState:NSControlStateValueOn atRow:kFixedRow column:0];
     [self imageSizeEnableDisable:YES];
     // A size that names no item leaves the user to type it: "Custom".
     NSString *item = [NSString stringWithFormat:@"%d x %d", width, height];
@@ -143,7 +143,7 @@ static int32_t Doubled(int32_t height) {
     [myWidthValueText setStringValue:Decimal(width)];
     [myHeightValueText setStringValue:Decimal(height)];
   } else {
-    [aImageSizeMatrix setState:NSOnState atRow:kPanoramaRow column:0];
+    [aImageSizeMatrix setState:NSControlStateValueOn atRow:kPanoramaRow column:0];
     [mySizeCombo setEnabled:NO];
     [self selectSizeItem:@"Custom"];
     if (height != 0) {

@@ -7,17 +7,20 @@
 #include "panel/text_keys.h"
 
 #include <cstdint>
-#include <optional>
 #include <string>
 
-namespace velmar::panel {
+namespace velmar {
+namespace panel {
 
 struct ToolkitFailure {
   std::string name;
   std::string reason;
 };
-// Empty when the call succeeded.
-using Outcome = std::optional<ToolkitFailure>;
+// What a call did: succeeded, or failed with the toolkit's exception.
+struct Outcome {
+  bool failed = false;
+  ToolkitFailure failure;
+};
 
 bool is_built();
 // The texts that the panel takes when it is built; later calls change nothing on screen.
@@ -51,4 +54,5 @@ Outcome set_slider(Slider slider, int32_t value);
 Outcome populate_presets(const std::string &joined_names);
 Outcome select_preset(const std::string &name);
 
-} // namespace velmar::panel
+} // namespace panel
+} // namespace velmar

@@ -3,7 +3,8 @@
 #import "panel/OptionsPanel.h"
 #import "panel/controls.h"
 
-namespace velmar::panel {
+namespace velmar {
+namespace panel {
 
 // The one controller, kept once built: the panel is never torn down, and
 // looking the class up by name on every script call would cost more than most
@@ -16,17 +17,24 @@ static Class PoolClass() {
 }
 
 // Runs one operation on the controller: inside its own autorelease pool, with
-// any toolkit exception stopped here and handed back as a value.
+// any toolkit exception stopped here and handed back as a value. A C++
+// exception (no memory) goes on to the binding's guard, past a drained pool.
 template <typename Operation> static Outcome Perform(Operation operation) {
   Outcome outcome;
   NSAutoreleasePool *pool = [PoolClass() new];
-  @try {
-    if (!builtController)
-      builtController = [OptionsPanel sharedController];
-    operation(builtController);
-  } @catch (NSException *exception) {
-    outcome =
-        ToolkitFailure{Utf8FromNSString([exception name]), Utf8FromNSString([exception reason])};
+  try {
+    @try {
+      if (!builtController)
+        builtController = [OptionsPanel sharedController];
+      operation(builtController);
+    } @catch (NSException *exception) {
+      outcome.failed = true;
+      outcome.failure =
+          ToolkitFailure{Utf8FromNSString([exception name]), Utf8FromNSString([exception reason])};
+    }
+  } catch (...) {
+    [pool drain];
+    throw;
   }
   [pool drain];
   return outcome;
@@ -51,7 +59,7 @@ bool is_built() {
 
 void provide_texts(PanelTexts texts) {
   @autoreleasepool {
-    [OptionsPanel useTexts:texts];
+    [OptionsPanel useTexts:std::move(texts)];
   }
 }
 
@@ -142,4 +150,5 @@ Outcome select_preset(const std::string &name) {
       [&](OptionsPanel *controller) { [controller selectPreset:NSStringFromUtf8(name)]; });
 }
 
-} // namespace velmar::panel
+} // namespace panel
+} // namespace velmar

@@ -47,7 +47,8 @@ enum TextKey {
   kTextKeyCount
 };
 
-inline constexpr std::array<const char *, kTextKeyCount> kTextKeys = {
+// One copy per file that uses it: C++14 has no inline variables.
+constexpr std::array<const char *, kTextKeyCount> kTextKeys = {
     "opt-window-title",          "opt-preset-lbl",
     "opt-ok-btn-title",          "opt-close-btn-title",
     "opt-tab-bar-title1",        "opt-tab-bar-title2",

@@ -296,8 +296,9 @@ class FuzzRecorder
 end
 
 # A step: how it reads, what it does, the control whose enabled state decides
-# whether the driver may refuse it, and what it must leave behind.
-FuzzAction = Struct.new(:text, :call, :gate, :check, keyword_init: true)
+# whether the driver may refuse it, what it must leave behind, and whether it
+# must be refused.
+FuzzAction = Struct.new(:text, :call, :gate, :check, :hostile, keyword_init: true)
 
 # Raised by a check when the panel is not as the rules say.
 class FuzzBroken < StandardError; end
@@ -420,7 +421,8 @@ module FuzzUserActions
   def header_actions
     [[4, -> { ok_action }], [2, -> { close_action(:click, :m_cButton) }],
      [2, -> { close_action(:close_box) }], [4, -> { tab_action }], [3, -> { preset_pick }],
-     [1, -> { call_api(:show, []) }], [1, -> { driver_action(:process_events) }]]
+     [1, -> { call_api(:show, []) }], [1, -> { driver_action(:process_events) }],
+     [2, -> { hostile_driver_action }]]
   end
 
   def image_actions
@@ -511,6 +513,48 @@ module FuzzUserActions
       check&.call(error, before)
       expect_no_events
     end
+  end
+end
+
+# The driver called as a careless test calls it: a name that is no control's
+# or no name at all, an index or a text of the wrong type. It must refuse
+# before it reaches the toolkit, changing nothing and sending nothing.
+module FuzzHostileDriver
+  NAMES = [42, nil, 1.5, 2**70, Opaque.new("object"), [:m_pButton], { m_pButton: 1 },
+           :no_such_control, :"m_pButton ", "m_p\0Button", "", "x" * 4096].freeze
+  NOT_NUMBERS = ["1", nil, :first, Opaque.new("object"), [0], 2**70].freeze
+  NOT_TEXTS = [12, nil, :typed, Opaque.new("object"), "1\02"].freeze
+
+  private
+
+  def hostile_driver_action
+    method, *args = hostile_call
+    text = "Driver.#{method}(#{args.map { |a| PanelText.describe(a) }.join(', ')})"
+    FuzzAction.new(text: text, call: -> { @driver.public_send(method, *args) }, hostile: true,
+                   check: quiet(->(_, before) { unchanged_check(before) }))
+  end
+
+  def hostile_call
+    name = NAMES[@rng.rand(NAMES.size)]
+    case @rng.rand(7)
+    when 0 then [:click, name]
+    when 1 then [:control, name]
+    when 2 then [:press, name]
+    when 3 then [:pick, name, 0]
+    when 4 then [:click_cell, :aISLMatrix, NOT_NUMBERS[@rng.rand(NOT_NUMBERS.size)]]
+    when 5 then [:type, :myWidthValueText, NOT_TEXTS[@rng.rand(NOT_TEXTS.size)]]
+    else [:choose_tab, NOT_NUMBERS[@rng.rand(NOT_NUMBERS.size)]]
+    end
+  end
+
+  # Refused with a conversion error, or as naming no control.
+  def refused?(error)
+    [TypeError, ArgumentError, RangeError].any? { |k| error.is_a?(k) } ||
+      (error.instance_of?(RuntimeError) && error.message.start_with?("UnknownControl"))
+  end
+
+  def unchanged_check(before)
+    broken("changed the panel: #{before.inspect} became #{@state.inspect}") unless @state == before
   end
 end
 
@@ -763,6 +807,7 @@ class FuzzWorker
   include FuzzPanel
   include FuzzScriptActions
   include FuzzUserActions
+  include FuzzHostileDriver
   include FuzzEffects
   include FuzzOkReport
   include FuzzInvariants
@@ -846,9 +891,17 @@ class FuzzWorker
 
   # The driver refuses a disabled control; scripts may meet only conversion and arity errors.
   def judge_error(action, error, enabled)
+    return hostile_judgement(error) if action.hostile
     return nil if error.nil? && (action.gate.nil? || enabled)
     return "#{action.gate} is disabled, yet the user could act on it" if error.nil?
     return nil if expected_error?(action, error, enabled)
+
+    "raised #{error.class}: #{error.message[0, 300]}"
+  end
+
+  def hostile_judgement(error)
+    return "was accepted" if error.nil?
+    return nil if refused?(error)
 
     "raised #{error.class}: #{error.message[0, 300]}"
   end

@@ -63,4 +63,29 @@ class ClosingTest < Minitest::Test
     assert_equal 1, control(:myClayCButton)[:state]
     assert_equal [false, true], Driver.tabs.map { |t| t[:selected] }
   end
+
+  # AppKit hides a panel while its application is in the background; closing it
+  # then is still a closing, reported once.
+  def test_a_panel_hidden_with_its_application_still_closes
+    Driver.hide_as_inactive
+    refute Driver.window_state[:visible]
+    assert_equal ["close"], closes_after { panel.close }
+    assert_empty closes_after { panel.close }
+  end
+
+  # AppKit closes every window as the application terminates, while the host may
+  # already be stopping its interpreter: nothing reaches the observers then.
+  def test_nothing_is_sent_once_the_application_terminates
+    out, err, status = run_ruby(<<~RUBY)
+      #{PanelTest.observed_panel('')}
+      OptionsPanelDriver.announce_termination
+      OptionsPanelDriver.close_box
+      p OptionsPanelDriver.window_state[:visible]
+      panel.show
+      panel.close
+      panel.send(:hide_render_all=, true)
+    RUBY
+    assert status.success?, err
+    assert_equal ["false", "at_exit ran"], out.lines.map(&:chomp)
+  end
 end

@@ -114,6 +114,29 @@ module PanelTest
     p
   end
 
+  # The start of a script for a process of its own: the panel on screen, one
+  # observer that runs the code given on output_changed and prints
+  # "close heard" on close, and an at_exit handler that prints "at_exit ran".
+  def self.observed_panel(output_changed)
+    <<~RUBY
+      require "OptionsPanel"
+      require "OptionsPanelDriver"
+      require #{File.expand_path("../examples/texts/en", __dir__).inspect}
+      panel = Velmar::OptionsPanelWindow.new(OptionsPanelTexts::EN)
+      observer = Object.new
+      def observer.output_changed(payload)
+        #{output_changed}
+      end
+
+      def observer.close(payload)
+        puts "close heard"
+      end
+      panel.observe(observer)
+      at_exit { puts "at_exit ran" }
+      panel.show
+    RUBY
+  end
+
   # Runs Ruby code in a fresh process with the extension on its load path, for
   # what only a panel that is not built yet can show.
   def run_ruby(code, timeout: 60)

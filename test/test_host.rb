@@ -96,4 +96,29 @@ class HostTest < Minitest::Test
       assert_equal %w[environment-tab.png image-tab.png], Dir.children(shots).sort
     end
   end
+
+  # An observer's jump during the user's click, which the host's loop delivers.
+  def run_click_with_observer(output_changed)
+    script = "#{PanelTest.observed_panel(output_changed)}\n" \
+             "OptionsPanelDriver.click_later(:m_pButton, 0.2)\nputs 'waiting'\n"
+    run_plugin(script, "--timeout", "20")
+  end
+
+  def test_an_observers_exit_or_ctrl_c_during_a_click_ends_the_run_as_ruby_would
+    out, err, status = run_click_with_observer("exit 4")
+    assert_equal 4, status.exitstatus, err
+    assert_equal ["waiting", "at_exit ran"], out.lines.map(&:chomp)
+
+    out, err, status = run_click_with_observer("Process.kill(:INT, Process.pid)\nsleep 5")
+    assert_equal 130, status.exitstatus
+    assert_match(/stopped by signal 2/, err)
+    assert_equal ["waiting", "at_exit ran"], out.lines.map(&:chomp)
+  end
+
+  def test_an_observers_throw_during_a_click_has_no_catch_and_is_reported
+    out, err, status = run_click_with_observer("throw :leave")
+    assert status.success?, err
+    assert_match(/uncaught throw :leave \(UncaughtThrowError\)/, err)
+    assert_equal ["waiting", "close heard", "at_exit ran"], out.lines.map(&:chomp)
+  end
 end

@@ -55,4 +55,42 @@ class RegressionsTest < Minitest::Test
     assert_match(/\AUnknownControl: no control named no_such_control\nControlDisabled: /, out)
     refute_match(/autorelease called without pool/, err)
   end
+
+  # The driver converted a control's name inside its autorelease pool: a name
+  # of the wrong type raised there and left the pool undrained, and after some
+  # 10,000 such calls GNUstep recursed in its exception handler and the next
+  # step hung.
+  def test_the_driver_refuses_arguments_of_the_wrong_type_before_any_pool
+    out, err, status = run_ruby(<<~RUBY, timeout: 120)
+      panel = Velmar::OptionsPanelWindow.new(OptionsPanelTexts::EN)
+      panel.show
+      d = OptionsPanelDriver
+      wrong = [42, nil, 1.5, Object.new, [:m_pButton]]
+      refused = 0
+      20_000.times do |i|
+        begin
+          d.click(wrong[i % wrong.size])
+        rescue TypeError
+          refused += 1
+        end
+      end
+      calls = [[:control, ["m_p\\0Button"]], [:click_cell, [:aISLMatrix, "1"]], [:pick, [nil, 0]],
+               [:type, [:myWidthValueText, 12]], [:type, [1, "12"]], [:click_titled, ["0", "Reset"]],
+               [:choose_tab, [:first]], [:answer_folder_chooser, [1, 1]], [:screenshot, [nil]],
+               [:click_later, [:m_pButton, "soon"]]]
+      calls.each do |name, args|
+        begin
+          d.public_send(name, *args)
+          puts "\#{name} took \#{args.inspect}"
+        rescue TypeError, ArgumentError
+          refused += 1
+        end
+      end
+      d.click(:m_cButton)
+      p refused, d.window_state[:visible]
+    RUBY
+    assert status.success?, err
+    assert_equal ["20010", "false"], out.lines.map(&:chomp)
+    refute_match(/autorelease called without pool/, err)
+  end
 end

@@ -152,4 +152,30 @@ class ScriptClassTest < Minitest::Test
     assert_equal "interrupted\n", out
     assert_empty err
   end
+
+  # Copying a script's text into the panel can run out of memory in C++; that
+  # must reach the script as NoMemoryError, leaving the panel usable.
+  def test_running_out_of_memory_while_copying_a_text_raises_no_memory_error
+    # AddressSanitizer's allocator ends the process instead of throwing bad_alloc.
+    skip "the allocator is AddressSanitizer's" if ENV["LD_PRELOAD"].to_s.include?("asan")
+    out, err, status = run_ruby(<<~RUBY)
+      panel = Velmar::OptionsPanelWindow.new(OptionsPanelTexts::EN)
+      panel.show
+      text = "x" * (64 << 20)
+      size = File.read("/proc/self/status")[/VmSize:\\s+(\\d+)/, 1].to_i * 1024
+      hard = Process.getrlimit(:AS)[1]
+      Process.setrlimit(:AS, size + (32 << 20), hard)
+      begin
+        panel.output_format = text
+      rescue NoMemoryError => e
+        puts e.class
+      ensure
+        Process.setrlimit(:AS, hard, hard)
+      end
+      p panel.send(:output_format=, "jpg")
+      p OptionsPanelDriver.control(:aImageTypeLMatrix)[:cells].map { |c| c[:state] }
+    RUBY
+    assert status.success?, err
+    assert_equal ["NoMemoryError", "true", "[0, 1, 0]"], out.lines.map(&:chomp)
+  end
 end

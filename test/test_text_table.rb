@@ -99,4 +99,17 @@ class TextTableTest < Minitest::Test
     assert_includes shown[:image], "\u{FFFD}\u{FFFD}png"
     assert_includes shown[:environment], "Zur\u{FFFD}cksetzen"
   end
+
+  # A default proc may run any code, even `new` with something that is not a
+  # table: the panel reads on in the table it checked.
+  def test_a_default_proc_that_stores_another_table
+    setup = <<~RUBY
+      t = Hash.new { |_, key| Velmar::OptionsPanelWindow.new([1, 2]); "made for \#{key}" }
+      t.update(OptionsPanelTexts::EN)
+      t.delete("opt-window-title")
+      Velmar::OptionsPanelWindow.new(t).show
+    RUBY
+    want = expected { |k| k == "opt-window-title" ? "made for #{k}" : TEXTS.fetch(k) }
+    assert_equal want, screen_texts(setup)
+  end
 end
