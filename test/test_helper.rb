@@ -31,6 +31,17 @@ when "tests"
 end
 
 TEXTS = OptionsPanelTexts::EN
+# The script class's methods and their arities, as a script calls them: the
+# class, the API reference and the signatures are each checked against it.
+SCRIPT_METHODS = {
+  initialize: 1, show: 0, close: 0, "text=": 1, "preset=": 1, populate_presets: 1,
+  set_output_dimensions: 5, "output_format=": 1, set_environment_spherical_point_lights: 1,
+  set_environment_background: 1, set_environment_information_bar: 1, set_environment_clay: 1,
+  set_environment_caching: 1, set_environment_caustic: 1, set_environment_brightness: 1,
+  set_environment_contrast: 1, set_environment_translucent_color: 1,
+  set_environment_automatic_materials: 1, set_output_format: 3, set_output_directory: 2,
+  observe: 1, output_directory: 1, "hide_render_all=": 1
+}.freeze
 Driver = OptionsPanelDriver
 BUILD_DIR = File.expand_path(ENV.fetch("BUILD_DIR", "build"), File.join(__dir__, ".."))
 

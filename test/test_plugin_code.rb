@@ -23,3 +23,33 @@ class PluginCodeTest < Minitest::Test
     end
   end
 end
+
+require_relative "test_helper"
+require "tmpdir"
+
+# The snippets run as a plugin author would run a copy: saved in a folder of
+# their own, with only the build folder on the load path.
+class SnippetRunTest < Minitest::Test
+  include PanelTest
+
+  def run_snippet(doc, index)
+    code = File.read(File.expand_path("../#{doc}", __dir__)).scan(/^```ruby\n(.*?)^```/m).flatten[index]
+    Dir.mktmpdir("plugin") do |folder|
+      File.write(File.join(folder, "my_plugin.rb"), code)
+      press_ok = "load 'my_plugin.rb'; require 'OptionsPanelDriver'; OptionsPanelDriver.click(:m_pButton)"
+      Open3.capture3("timeout", "60", RbConfig.ruby, "-I", BUILD_DIR, "-e", press_ok, chdir: folder)
+    end
+  end
+
+  def test_the_readme_plugin_runs_from_any_folder
+    out, err, status = run_snippet("README.md", 0)
+    assert status.success?, err
+    assert_equal "1920 x 1080 as png\npanel closed\n", out
+  end
+
+  def test_the_getting_started_plugin_runs_from_any_folder
+    out, err, status = run_snippet("docs/API.md", 0)
+    assert status.success?, err
+    assert_equal "1920 x 1080 as png\nclosed\n", out
+  end
+end
