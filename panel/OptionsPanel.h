@@ -51,6 +51,7 @@
 + (void)useTexts:(velmar::PanelTexts)texts;
 
 - (instancetype)init;
+- (void)chainFieldsForTab;
 - (void)windowWillClose:(NSNotification *)notification;
 // AppKit closes every window as the application terminates; the scripts'
 // interpreter may be going down by then, so no event is sent from here on.

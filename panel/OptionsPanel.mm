@@ -90,6 +90,7 @@ static NSArray *TextsAsStrings() {
   // when the item is added, and not when a view is set later.
   [myTabView addTabViewItem:imageItem];
   [myTabView addTabViewItem:environmentItem];
+  [self chainFieldsForTab];
 
   NSView *content = [window contentView];
   for (NSView *view in @[ presetHeading, myTabView, myPresetCombo, m_pButton, m_cButton ])
@@ -111,6 +112,17 @@ static NSArray *TextsAsStrings() {
   // whichever AppKit would report closing a closed window again.
   if (isOpen)
     [self close];
+}
+
+// The toolkit chains a tab's views for Tab in the order of their frames, which
+// puts the folder field, a little higher, between Width and Height: Tab goes
+// from Width to Height, then to the folder field, then on as before.
+- (void)chainFieldsForTab {
+  NSView *afterHeight = [myHeightValueText nextKeyView];
+  [myWidthValueText setNextKeyView:myHeightValueText];
+  [myHeightValueText setNextKeyView:mySaveLocText];
+  if (afterHeight != mySaveLocText)
+    [mySaveLocText setNextKeyView:afterHeight];
 }
 
 - (void)windowWillClose:(NSNotification *)notification {

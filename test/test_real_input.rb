@@ -25,6 +25,8 @@ class RealInputTest < Minitest::Test
 
     panel = Velmar::OptionsPanelWindow.new(OptionsPanelTexts::EN)
     panel.observe(Printer.new)
+    # The folder field is enabled too: Tab must still go from Width to Height.
+    panel.set_output_directory("custom", "/renders")
     panel.show
     # Each tab's controls are on the window only while it shows.
     driver.choose_tab(1)
@@ -80,7 +82,7 @@ class RealInputTest < Minitest::Test
     events = events_until_close
     assert_equal %w[preset_changed output_changed environment_changed options_changed close],
                  events.map(&:first)
-    assert_equal %w[fixed 1280 720], events.assoc("output_changed").last.first(3)
+    assert_equal %w[fixed 1280 720 png custom /renders], events.assoc("output_changed").last.first(6)
     assert_equal ["default", 1, 0, 0, 100, 50], events.assoc("environment_changed").last,
                  "Clay ticked and Intensity dragged to its end; Exposure untouched"
   end
