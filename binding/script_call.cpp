@@ -57,10 +57,7 @@ void observer_failed(VALUE exception) {
     rb_ary_store(list, depth - 1, exception);
     return;
   }
-  int state = 0;
-  rb_protect(write_report, exception, &state);
-  if (state)
-    rb_set_errinfo(Qnil);
+  report_exception(exception);
 }
 
 void ensure_panel() {

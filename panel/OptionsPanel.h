@@ -56,6 +56,7 @@
 // interpreter may be going down by then, so no event is sent from here on.
 - (void)applicationWillTerminate:(NSNotification *)notification;
 - (void)onCloseClicked;
+// Handles the events already queued, without waiting: how a test driver lets the user act.
 - (void)processEvents;
 
 // What the script methods show and close the panel with.

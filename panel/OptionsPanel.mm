@@ -1,6 +1,7 @@
 #import "panel/OptionsPanel.h"
 
 #import "panel/controls.h"
+#import "panel/event_pump.h"
 
 #include "panel/events.h"
 
@@ -129,24 +130,7 @@ static NSArray *TextsAsStrings() {
 }
 
 - (void)processEvents {
-  NSApplication *app = NSApp;
-  if (!app)
-    return;
-  HostSignalsGuard hostSignals;
-  BOOL drained = NO;
-  while (!drained) {
-    @autoreleasepool {
-      NSEvent *event = [app nextEventMatchingMask:NSAnyEventMask
-                                        untilDate:nil
-                                           inMode:NSDefaultRunLoopMode
-                                          dequeue:YES];
-      if (event) {
-        [app sendEvent:event];
-        [app updateWindows];
-      }
-      drained = event == nil;
-    }
-  }
+  HandleQueuedEvents(0, nullptr);
 }
 
 @end
