@@ -52,7 +52,8 @@ VALUE _set_environment_contrast(VALUE, VALUE value) {
 VALUE _set_environment_background(VALUE, VALUE background) {
   ensure_panel();
   VALUE word = string_argument(background);
-  return raise_or_true(attempt([=] { return panel::set_background(utf8_text(word)); }));
+  return raise_or_true(
+      attempt([=] { return panel::set_background(kBackgrounds.named(utf8_text(word))); }));
 }
 
 } // namespace velmar

@@ -126,7 +126,7 @@ static NSArray *TextsAsStrings() {
 }
 
 - (void)onCloseClicked {
-  [[OptionsPanel sharedController] closePanel];
+  [self closePanel];
 }
 
 - (void)processEvents {

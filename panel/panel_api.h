@@ -4,6 +4,7 @@
 // nothing but a return value crosses back into the caller's frames.
 #pragma once
 
+#include "panel/choices.h"
 #include "panel/text_keys.h"
 
 #include <cstdint>
@@ -32,9 +33,10 @@ Outcome close();
 
 Outcome remember_viewport_width(int32_t width);
 Outcome remember_viewport_height(int32_t height);
-Outcome set_output_dimensions(const std::string &mode, int32_t width, int32_t height);
-Outcome set_output_format(const std::string &format);
-Outcome set_output_directory(const std::string &mode, const std::string &folder);
+Outcome set_output_dimensions(SizeMode mode, int32_t width, int32_t height);
+// A tick stays until the user clears it: without `tick` the box keeps its own.
+Outcome set_output_format(ImageFormat format, bool tick_transparency);
+Outcome set_output_directory(SaveLocation location, const std::string &folder);
 
 enum class Option {
   SphericalLights,
@@ -46,7 +48,7 @@ enum class Option {
   AutomaticMaterials
 };
 Outcome set_option(Option option, bool on);
-Outcome set_background(const std::string &background);
+Outcome set_background(Background background);
 
 enum class Slider { Intensity, Exposure };
 Outcome set_slider(Slider slider, int32_t value);
