@@ -66,8 +66,10 @@ void ensure_panel() {
     rb_raise(rb_eThreadError, "must be called on the main thread");
   if (panel::is_built())
     return;
-  provide_panel_texts();
-  raise_or_true(attempt([] { return panel::fetch(); }));
+  VALUE values = panel_text_values();
+  VALUE exception = attempt([=] { return panel::fetch(panel_texts(values)); });
+  RB_GC_GUARD(values);
+  raise_or_true(exception);
 }
 
 } // namespace velmar

@@ -46,12 +46,14 @@
   BOOL isOpen;
 }
 
+// The one controller, built with the texts on the first call; later calls
+// change no text.
++ (instancetype)sharedControllerWithTexts:(const velmar::PanelTexts &)texts;
+// The controller once built, else nil.
 + (instancetype)sharedController;
 + (BOOL)isBuilt;
-// The texts the panel takes when it is built; until given, each key shows itself.
-+ (void)useTexts:(velmar::PanelTexts)texts;
 
-- (instancetype)init;
+- (instancetype)initWithTexts:(const velmar::PanelTexts &)texts;
 - (void)windowWillClose:(NSNotification *)notification;
 // AppKit closes every window as the application terminates; the scripts'
 // interpreter may be going down by then, so no event is sent from here on.

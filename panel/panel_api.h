@@ -1,7 +1,8 @@
-// The panel as the binding sees it: plain C++, no toolkit types. Every call
-// fetches the one controller (building the panel on first use), runs inside an
-// autorelease pool and turns a toolkit exception into a ToolkitFailure, so
-// nothing but a return value crosses back into the caller's frames.
+// The panel as the binding sees it: plain C++, no toolkit types. fetch builds
+// the one controller; every other call works on it once fetched. Each runs
+// inside an autorelease pool and turns a toolkit exception into a
+// ToolkitFailure, so nothing but a return value crosses back into the caller's
+// frames.
 #pragma once
 
 #include "panel/choices.h"
@@ -24,10 +25,8 @@ struct Outcome {
 };
 
 bool is_built();
-// The texts that the panel takes when it is built; later calls change nothing on screen.
-void provide_texts(PanelTexts texts);
-
-Outcome fetch();
+// Builds the panel with the texts on the first call; later calls change no text.
+Outcome fetch(const PanelTexts &texts);
 Outcome show();
 Outcome close();
 

@@ -24,8 +24,6 @@ template <typename Operation> static Outcome Perform(Operation operation) {
   NSAutoreleasePool *pool = [PoolClass() new];
   try {
     @try {
-      if (!builtController)
-        builtController = [OptionsPanel sharedController];
       operation(builtController);
     } @catch (NSException *exception) {
       outcome.failed = true;
@@ -57,14 +55,9 @@ bool is_built() {
   }
 }
 
-void provide_texts(PanelTexts texts) {
-  @autoreleasepool {
-    [OptionsPanel useTexts:std::move(texts)];
-  }
-}
-
-Outcome fetch() {
-  return PerformWindowing([](OptionsPanel *) {});
+Outcome fetch(const PanelTexts &texts) {
+  return PerformWindowing(
+      [&](OptionsPanel *) { builtController = [OptionsPanel sharedControllerWithTexts:texts]; });
 }
 
 Outcome show() {
