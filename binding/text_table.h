@@ -14,7 +14,4 @@ VALUE panel_text_values();
 // shows the key itself.
 PanelTexts panel_texts(VALUE values);
 
-VALUE initialize(VALUE self, VALUE table);
-VALUE _options_panel_title_assign(VALUE self, VALUE title);
-
 } // namespace velmar
