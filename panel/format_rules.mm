@@ -6,13 +6,9 @@ using namespace velmar;
 
 @implementation OptionsPanel (FormatAndSaveLocation)
 
-- (void)onImageTypeMatrixClicked {
-  [self fitTransparencyToFormat];
-}
-
 // The box is enabled only for a format that takes it; its tick stays either
 // way and counts again once such a format is back.
-- (void)fitTransparencyToFormat {
+- (void)onImageTypeMatrixClicked {
   [myTransCButton setEnabled:TakesTransparency(OnChoice(aImageTypeLMatrix, kImageFormats))];
 }
 
@@ -42,7 +38,7 @@ using namespace velmar;
 
 - (void)setFormat:(ImageFormat)format tickingTransparency:(BOOL)tick {
   SelectChoice(aImageTypeLMatrix, kImageFormats, format);
-  [self fitTransparencyToFormat];
+  [myTransCButton setEnabled:TakesTransparency(format)];
   if (tick)
     [myTransCButton setState:NSControlStateValueOn];
 }
