@@ -18,14 +18,19 @@ VALUE _set_output_dimensions(VALUE, VALUE mode, VALUE width, VALUE height, VALUE
   raise_or_true(attempt([=] { return panel::remember_viewport_width(vw); }));
   int32_t vh = int32_argument(viewport_height);
   raise_or_true(attempt([=] { return panel::remember_viewport_height(vh); }));
-  return raise_or_true(
-      attempt([=] { return panel::set_output_dimensions(utf8_text(mode_text), w, h); }));
+  return raise_or_true(attempt(
+      [=] { return panel::set_output_dimensions(kSizeModes.named(utf8_text(mode_text)), w, h); }));
 }
 
 VALUE _output_format(VALUE, VALUE format) {
   ensure_panel();
   VALUE text = string_argument(format);
-  return raise_or_true(attempt([=] { return panel::set_output_format(utf8_text(text)); }));
+  return raise_or_true(attempt([=] {
+    std::string word = utf8_text(text);
+    bool transparent = word == kTransparentPngWord;
+    ImageFormat chosen = transparent ? ImageFormat::Png : kImageFormats.named(word);
+    return panel::set_output_format(chosen, transparent);
+  }));
 }
 
 VALUE _set_output_format(VALUE, VALUE, VALUE, VALUE) {
@@ -37,8 +42,10 @@ VALUE _set_output_directory(VALUE, VALUE mode, VALUE folder) {
   ensure_panel();
   VALUE mode_text = string_argument(mode);
   VALUE folder_text = string_argument(folder);
-  return raise_or_true(attempt(
-      [=] { return panel::set_output_directory(utf8_text(mode_text), utf8_text(folder_text)); }));
+  return raise_or_true(attempt([=] {
+    return panel::set_output_directory(kSaveLocations.named(utf8_text(mode_text)),
+                                       utf8_text(folder_text));
+  }));
 }
 
 static std::string with_forward_slashes(std::string path) {

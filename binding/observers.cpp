@@ -1,6 +1,7 @@
 #include "binding/observers.h"
 
 #include "binding/convert.h"
+#include "binding/handlers.h"
 #include "binding/cxx_guard.h"
 #include "binding/jump.h"
 #include "binding/script_call.h"

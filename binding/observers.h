@@ -13,7 +13,4 @@ void init_observers();
 // that raises does not stop the others.
 void notify_options_window_observer(const char *event, VALUE payload);
 
-VALUE _options_panel_observe(VALUE self, VALUE observer);
-VALUE _set_environment_show_render_all(VALUE self, VALUE value);
-
 } // namespace velmar

@@ -57,10 +57,7 @@ void observer_failed(VALUE exception) {
     rb_ary_store(list, depth - 1, exception);
     return;
   }
-  int state = 0;
-  rb_protect(write_report, exception, &state);
-  if (state)
-    rb_set_errinfo(Qnil);
+  report_exception(exception);
 }
 
 void ensure_panel() {
@@ -69,8 +66,10 @@ void ensure_panel() {
     rb_raise(rb_eThreadError, "must be called on the main thread");
   if (panel::is_built())
     return;
-  provide_panel_texts();
-  raise_or_true(attempt([] { return panel::fetch(); }));
+  VALUE values = panel_text_values();
+  VALUE exception = attempt([=] { return panel::fetch(panel_texts(values)); });
+  RB_GC_GUARD(values);
+  raise_or_true(exception);
 }
 
 } // namespace velmar

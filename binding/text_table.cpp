@@ -1,8 +1,8 @@
 #include "binding/text_table.h"
 
 #include "binding/convert.h"
+#include "binding/handlers.h"
 #include "binding/script_call.h"
-#include "panel/panel_api.h"
 
 namespace velmar {
 
@@ -20,7 +20,7 @@ VALUE initialize(VALUE self, VALUE table) {
 // Looks every key up first: a Hash's default proc may run any Ruby code and
 // raise, and no C++ text may be half-built when it does. It may also call
 // `new` with another table: the lookups go on in the table that was checked.
-static VALUE fetch_texts() {
+VALUE panel_text_values() {
   VALUE table = myHashValues;
   VALUE values = rb_ary_new_capa(kTextKeyCount);
   bool is_table = RB_TYPE_P(table, T_HASH);
@@ -30,19 +30,13 @@ static VALUE fetch_texts() {
   return values;
 }
 
-static PanelTexts texts_from(VALUE values) {
+PanelTexts panel_texts(VALUE values) {
   PanelTexts texts;
   for (long i = 0; i < kTextKeyCount; ++i) {
     VALUE value = rb_ary_entry(values, i);
     texts[i] = RB_TYPE_P(value, T_STRING) ? utf8_text(value) : kTextKeys[i];
   }
   return texts;
-}
-
-void provide_panel_texts() {
-  VALUE values = fetch_texts();
-  panel::provide_texts(texts_from(values));
-  RB_GC_GUARD(values);
 }
 
 VALUE _options_panel_title_assign(VALUE, VALUE title) {

@@ -54,12 +54,8 @@ void start_ruby(const Options &options, const std::string &build_folder) {
 // Prints the error as `ruby` would for an uncaught one; an error in printing it
 // (a broken $stderr, a raising #message) must not end the host in a crash.
 static void report(VALUE error) {
-  int state = 0;
-  rb_protect(velmar::write_report, error, &state);
-  if (state) {
-    rb_set_errinfo(Qnil);
+  if (!velmar::report_exception(error))
     std::fputs("velmar-host: the plugin raised an error that could not be printed\n", stderr);
-  }
 }
 
 // The exit status for a jump out of Ruby code that `state` reports.

@@ -1,5 +1,6 @@
 #import "host/toolkit.h"
 
+#import "panel/event_pump.h"
 #import "platform/platform.h"
 
 #include "host/ruby_runtime.h"
@@ -70,33 +71,10 @@ static bool panel_on_screen() {
   }
 }
 
-static void dispatch(NSEvent *event) {
-  @try {
-    [NSApp sendEvent:event];
-    [NSApp updateWindows];
-  } @catch (NSException *exception) {
-    // The extension stops its own; whatever else the toolkit throws must not end the host.
-    std::fprintf(stderr, "velmar-host: %s: %s\n", [[exception name] UTF8String],
-                 [[exception reason] UTF8String]);
-  }
-}
-
-// Waits up to kWaitSeconds for an event, then handles it and every event
-// already queued behind it, each in its own pool.
-static void handle_pending_events() {
-  HostSignalsGuard hostSignals;
-  for (bool first = true;; first = false) {
-    @autoreleasepool {
-      NSDate *until = first ? [NSDate dateWithTimeIntervalSinceNow:kWaitSeconds] : nil;
-      NSEvent *event = [NSApp nextEventMatchingMask:NSAnyEventMask
-                                          untilDate:until
-                                             inMode:NSDefaultRunLoopMode
-                                            dequeue:YES];
-      if (!event)
-        return;
-      dispatch(event);
-    }
-  }
+// The extension stops its own; whatever else the toolkit throws must not end the host.
+static void report_toolkit_exception(NSException *exception) {
+  std::fprintf(stderr, "velmar-host: %s: %s\n", [[exception name] UTF8String],
+               [[exception reason] UTF8String]);
 }
 
 int run_event_loop(std::optional<double> timeout_seconds) {
@@ -109,7 +87,7 @@ int run_event_loop(std::optional<double> timeout_seconds) {
                    *timeout_seconds);
       return 3;
     }
-    handle_pending_events();
+    HandleQueuedEvents(kWaitSeconds, report_toolkit_exception);
     if (int status = ruby_turn(); status >= 0)
       return status;
   }

@@ -4,7 +4,8 @@
 
 #import "platform/platform.h"
 
-#include "panel/text_keys.h"
+#include "panel/choices.h"
+#include "panel/panel_api.h"
 
 @interface OptionsPanel
     : NSWindowController <NSWindowDelegate, NSTextFieldDelegate, NSComboBoxDelegate> {
@@ -45,18 +46,21 @@
   BOOL isOpen;
 }
 
+// The one controller, built with the texts on the first call; later calls
+// change no text.
++ (instancetype)sharedControllerWithTexts:(const velmar::PanelTexts &)texts;
+// The controller once built, else nil.
 + (instancetype)sharedController;
 + (BOOL)isBuilt;
-// The texts the panel takes when it is built; until given, each key shows itself.
-+ (void)useTexts:(velmar::PanelTexts)texts;
 
-- (instancetype)init;
+- (instancetype)initWithTexts:(const velmar::PanelTexts &)texts;
 - (void)chainFieldsForTab;
 - (void)windowWillClose:(NSNotification *)notification;
 // AppKit closes every window as the application terminates; the scripts'
 // interpreter may be going down by then, so no event is sent from here on.
 - (void)applicationWillTerminate:(NSNotification *)notification;
 - (void)onCloseClicked;
+// Handles the events already queued, without waiting: how a test driver lets the user act.
 - (void)processEvents;
 
 // What the script methods show and close the panel with.
@@ -87,10 +91,10 @@
 - (void)onImageSizeMatrixClicked;
 - (void)onSizeComboBoxSelected;
 // Selects without running the size-preset rule, and shows the selected item.
-- (void)selectSizeItem:(NSString *)item;
+- (void)selectSizePreset:(size_t)preset;
 - (void)rememberViewportWidth:(int32_t)width;
 - (void)rememberViewportHeight:(int32_t)height;
-- (void)setSizeMode:(NSString *)mode width:(int32_t)width height:(int32_t)height;
+- (void)setSizeMode:(velmar::SizeMode)mode width:(int32_t)width height:(int32_t)height;
 @end
 
 @interface OptionsPanel (FormatAndSaveLocation)
@@ -98,15 +102,17 @@
 - (void)imageSaveEnableDisable:(BOOL)enabled;
 - (void)onISLMatrixClicked;
 - (void)onImageTypeMatrixClicked;
-- (void)setFormat:(NSString *)format;
-- (void)setSaveLocationMode:(NSString *)mode folder:(NSString *)folder;
+// The word OK reports for the format and the transparency box.
+- (const char *)formatWord;
+- (void)setFormat:(velmar::ImageFormat)format tickingTransparency:(BOOL)tick;
+- (void)setSaveLocation:(velmar::SaveLocation)location folder:(NSString *)folder;
 @end
 
 @interface OptionsPanel (Environment)
 - (void)onResetClicked;
-- (void)setOption:(NSButton *)box on:(BOOL)on;
-- (void)setBackground:(NSString *)background;
-- (void)setSlider:(NSSlider *)slider value:(int32_t)value;
+- (void)setOption:(velmar::panel::Option)option on:(BOOL)on;
+- (void)setBackground:(velmar::Background)background;
+- (void)setSlider:(velmar::panel::Slider)slider value:(int32_t)value;
 @end
 
 @interface OptionsPanel (Presets)

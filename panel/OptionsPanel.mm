@@ -1,34 +1,31 @@
 #import "panel/OptionsPanel.h"
 
 #import "panel/controls.h"
+#import "panel/event_pump.h"
 
 #include "panel/events.h"
 
 static OptionsPanel *sharedInstance = nil;
 
-static velmar::PanelTexts MakeKeyTexts() {
-  velmar::PanelTexts texts;
-  for (size_t i = 0; i < texts.size(); ++i)
-    texts[i] = velmar::kTextKeys[i];
-  return texts;
-}
-static velmar::PanelTexts buildTexts = MakeKeyTexts();
-
-static NSArray *TextsAsStrings() {
-  NSMutableArray *strings = [NSMutableArray arrayWithCapacity:buildTexts.size()];
-  for (const std::string &text : buildTexts)
+static NSArray *TextsAsStrings(const velmar::PanelTexts &texts) {
+  NSMutableArray *strings = [NSMutableArray arrayWithCapacity:texts.size()];
+  for (const std::string &text : texts)
     [strings addObject:NSStringFromUtf8(text)];
   return strings;
 }
 
 @implementation OptionsPanel
 
-+ (instancetype)sharedController {
++ (instancetype)sharedControllerWithTexts:(const velmar::PanelTexts &)texts {
   if (!sharedInstance) {
     EnsureApplicationObject();
     PrepareRealInput();
-    sharedInstance = [[self alloc] init];
+    sharedInstance = [[self alloc] initWithTexts:texts];
   }
+  return sharedInstance;
+}
+
++ (instancetype)sharedController {
   return sharedInstance;
 }
 
@@ -36,13 +33,8 @@ static NSArray *TextsAsStrings() {
   return sharedInstance != nil;
 }
 
-// Moved, not copied: nothing can throw inside the caller's pool.
-+ (void)useTexts:(velmar::PanelTexts)texts {
-  buildTexts = std::move(texts);
-}
-
-- (instancetype)init {
-  NSArray *texts = TextsAsStrings();
+- (instancetype)initWithTexts:(const velmar::PanelTexts &)panelTexts {
+  NSArray *texts = TextsAsStrings(panelTexts);
   NSFont *headingFont = [NSFont boldSystemFontOfSize:11];
 
   NSPanel *panel =
@@ -137,28 +129,11 @@ static NSArray *TextsAsStrings() {
 }
 
 - (void)onCloseClicked {
-  [[OptionsPanel sharedController] closePanel];
+  [self closePanel];
 }
 
 - (void)processEvents {
-  NSApplication *app = NSApp;
-  if (!app)
-    return;
-  HostSignalsGuard hostSignals;
-  BOOL drained = NO;
-  while (!drained) {
-    @autoreleasepool {
-      NSEvent *event = [app nextEventMatchingMask:NSAnyEventMask
-                                        untilDate:nil
-                                           inMode:NSDefaultRunLoopMode
-                                          dequeue:YES];
-      if (event) {
-        [app sendEvent:event];
-        [app updateWindows];
-      }
-      drained = event == nil;
-    }
-  }
+  HandleQueuedEvents(0, nullptr);
 }
 
 @end

@@ -43,10 +43,15 @@ void SetFieldEnabled(NSTextField *field, BOOL enabled);
 // cell size is otherwise the toolkit's default, which can be wider than its tab.
 void FitCellsToTitles(NSMatrix *group, CGFloat gap);
 
-// The index of the cell that is on, counted in the order of the group's cells.
-NSInteger SelectedCellIndex(NSMatrix *group);
+// The index of the cell that is on, counted in the order of the group's cells;
+// -1 when none is.
+long OnCellIndex(NSMatrix *group);
+// Turns the cell at that index on, and so the group's other cells off.
+void SelectCell(NSMatrix *group, long index);
 
 // A non-editable combo box must be told to show the item it has selected.
 void ShowComboSelection(NSComboBox *combo);
+// Selects the item at the index and shows it; NSNotFound keeps the selection.
+void SelectComboIndex(NSComboBox *combo, NSInteger index);
 // Selects the first item equal to the text and shows it; any other text keeps the selection.
 void SelectComboItem(NSComboBox *combo, NSString *text);

@@ -184,12 +184,17 @@ NSMatrix *MakeRadioGroup(NSRect frame, int rows, int columns, NSArray *titles,
   return group;
 }
 
-NSInteger SelectedCellIndex(NSMatrix *group) {
+long OnCellIndex(NSMatrix *group) {
   NSArray *cells = [group cells];
   for (NSUInteger i = 0; i < [cells count]; ++i)
-    if ([[cells objectAtIndex:i] state] == NSOnState)
-      return (NSInteger)i;
+    if ([[cells objectAtIndex:i] state] == NSControlStateValueOn)
+      return (long)i;
   return -1;
+}
+
+void SelectCell(NSMatrix *group, long index) {
+  NSInteger columns = [group numberOfColumns];
+  [group setState:NSControlStateValueOn atRow:index / columns column:index % columns];
 }
 
 static void ShowComboItem(NSComboBox *combo, NSInteger index) {
@@ -203,7 +208,10 @@ void ShowComboSelection(NSComboBox *combo) {
 }
 
 void SelectComboItem(NSComboBox *combo, NSString *text) {
-  NSInteger index = [combo indexOfItemWithObjectValue:text];
+  SelectComboIndex(combo, [combo indexOfItemWithObjectValue:text]);
+}
+
+void SelectComboIndex(NSComboBox *combo, NSInteger index) {
   // A text not in the list changes nothing; the selected item is shown already.
   if (index == NSNotFound || index == [combo indexOfSelectedItem])
     return;

@@ -1,21 +1,44 @@
 #import "panel/OptionsPanel.h"
 
+#import "panel/radio_groups.h"
+
+using namespace velmar;
+using panel::Option;
+using panel::Slider;
+
 @implementation OptionsPanel (Environment)
 
-- (void)setOption:(NSButton *)box on:(BOOL)on {
-  [box setState:on ? NSControlStateValueOn : NSControlStateValueOff];
+- (NSButton *)boxOfOption:(Option)option {
+  switch (option) {
+  case Option::SphericalLights:
+    return mySOLCButton;
+  case Option::Caustics:
+    return myCausticsCButton;
+  case Option::Clay:
+    return myClayCButton;
+  case Option::Caching:
+    return myGCCButton;
+  case Option::InformationBar:
+    return myIBCButton;
+  case Option::TranslucentColor:
+    return myTCCButton;
+  case Option::AutomaticMaterials:
+    return myAMCButton;
+  }
+  return nil;
 }
 
-- (void)setBackground:(NSString *)background {
-  NSInteger row = [background isEqualToString:@"default"] ? 0
-                  : [background isEqualToString:@"sky"]   ? 1
-                                                          : 2;
-  [matrix setState:NSControlStateValueOn atRow:row column:0];
+- (void)setOption:(Option)option on:(BOOL)on {
+  [[self boxOfOption:option] setState:on ? NSControlStateValueOn : NSControlStateValueOff];
 }
 
-- (void)setSlider:(NSSlider *)slider value:(int32_t)value {
+- (void)setBackground:(Background)background {
+  SelectChoice(matrix, kBackgrounds, background);
+}
+
+- (void)setSlider:(Slider)slider value:(int32_t)value {
   // The slider pins the value to its range itself.
-  [slider setIntValue:value];
+  [slider == Slider::Intensity ? myIntensitySlider : myExposureSlider setIntValue:value];
 }
 
 - (void)onResetClicked {

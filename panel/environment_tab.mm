@@ -1,6 +1,6 @@
 #import "panel/OptionsPanel.h"
 
-#import "panel/controls.h"
+#import "panel/radio_groups.h"
 
 using namespace velmar;
 
@@ -27,8 +27,7 @@ using namespace velmar;
   NSTextField *backgroundHeading = MakeLabel(NSMakeRect(10, 180, 100, 50),
                                              [texts objectAtIndex:kBackgroundHeading], headingFont);
   RadioGeometry geometry = {NSMakeSize(5, 5), NSMakeSize(180, 18)};
-  matrix = MakeRadioGroup(NSMakeRect(15, 130, 300, 50), 3, 1,
-                          [texts subarrayWithRange:NSMakeRange(kDefaultBackgroundRadio, 3)],
+  matrix = MakeRadioGroup(NSMakeRect(15, 130, 300, 50), 3, 1, ChoiceTitles(kBackgrounds, texts),
                           &geometry, nil, nullptr);
 
   NSTextField *brightnessHeading =

@@ -1,19 +1,26 @@
 #import "panel/OptionsPanel.h"
 
-#import "panel/controls.h"
+#import "panel/radio_groups.h"
 
-enum { kPngColumn = 0, kJpgColumn = 1, kHdrColumn = 2 };
-enum { kModelColumn = 0, kCustomColumn = 1 };
+using namespace velmar;
 
 @implementation OptionsPanel (FormatAndSaveLocation)
 
+// The box is enabled only for a format that takes it; its tick stays either
+// way and counts again once such a format is back.
 - (void)onImageTypeMatrixClicked {
-  // The check mark stays either way: it counts again once PNG is back.
-  [myTransCButton setEnabled:[aImageTypeLMatrix selectedColumn] == kPngColumn];
+  [myTransCButton setEnabled:TakesTransparency(OnChoice(aImageTypeLMatrix, kImageFormats))];
+}
+
+- (const char *)formatWord {
+  ImageFormat format = OnChoice(aImageTypeLMatrix, kImageFormats);
+  if (TakesTransparency(format) && [myTransCButton state] == NSControlStateValueOn)
+    return kTransparentPngWord;
+  return kImageFormats[format].word;
 }
 
 - (void)onISLMatrixClicked {
-  [self imageSaveEnableDisable:[aISLMatrix selectedColumn] == kCustomColumn];
+  [self imageSaveEnableDisable:OnChoice(aISLMatrix, kSaveLocations) == SaveLocation::Custom];
 }
 
 - (void)imageSaveEnableDisable:(BOOL)enabled {
@@ -29,30 +36,17 @@ enum { kModelColumn = 0, kCustomColumn = 1 };
     [mySaveLocText setStringValue:[[chooser URL] path]];
 }
 
-- (void)setFormat:(NSString *)format {
-  NSInteger column;
-  if ([format isEqualToString:@"pnga"]) {
-    [myTransCButton setEnabled:YES];
+- (void)setFormat:(ImageFormat)format tickingTransparency:(BOOL)tick {
+  SelectChoice(aImageTypeLMatrix, kImageFormats, format);
+  [myTransCButton setEnabled:TakesTransparency(format)];
+  if (tick)
     [myTransCButton setState:NSControlStateValueOn];
-    column = kPngColumn;
-  } else if ([format isEqualToString:@"png"]) {
-    [myTransCButton setEnabled:YES];
-    column = kPngColumn;
-  } else if ([format isEqualToString:@"jpg"]) {
-    [myTransCButton setEnabled:NO];
-    column = kJpgColumn;
-  } else {
-    [myTransCButton setEnabled:NO];
-    column = kHdrColumn;
-  }
-  [aImageTypeLMatrix setState:NSControlStateValueOn atRow:0 column:column];
 }
 
-- (void)setSaveLocationMode:(NSString *)mode folder:(NSString *)folder {
+- (void)setSaveLocation:(SaveLocation)location folder:(NSString *)folder {
   [mySaveLocText setStringValue:folder];
-  BOOL model = [mode isEqualToString:@"model"];
-  [self imageSaveEnableDisable:!model];
-  [aISLMatrix setState:NSControlStateValueOn atRow:0 column:model ? kModelColumn : kCustomColumn];
+  [self imageSaveEnableDisable:location == SaveLocation::Custom];
+  SelectChoice(aISLMatrix, kSaveLocations, location);
 }
 
 @end

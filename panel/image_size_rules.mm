@@ -1,17 +1,10 @@
 #import "panel/OptionsPanel.h"
 
-#import "panel/controls.h"
+#import "panel/radio_groups.h"
 
 #include <climits>
 
-// Width and height that each item of mySizeCombo writes into the fields.
-static const char *const kPresetWidths[] = {"0",    "230",  "640", "1024", "2048",
-                                            "3076", "4076", "852", "1600", "1920"};
-static const char *const kPresetHeights[] = {"0",    "150",  "480", "768", "1536",
-                                             "2034", "3304", "480", "900", "1080"};
-static const NSInteger kPresetCount = sizeof(kPresetWidths) / sizeof(kPresetWidths[0]);
-
-enum { kViewportRow = 0, kFixedRow = 1, kPanoramaRow = 2 };
+using namespace velmar;
 
 static NSString *Decimal(int32_t value) {
   return [NSString stringWithFormat:@"%d", value];
@@ -25,17 +18,21 @@ static int32_t Doubled(int32_t height) {
 @implementation OptionsPanel (ImageSize)
 
 - (BOOL)panoramaIsOn {
-  return [[[aImageSizeMatrix cells] objectAtIndex:kPanoramaRow] state] == NSControlStateValueOn;
+  return OnChoice(aImageSizeMatrix, kSizeModes) == SizeMode::Panorama;
+}
+
+- (void)writeWidth:(int32_t)width height:(int32_t)height {
+  [myWidthValueText setStringValue:Decimal(width)];
+  [myHeightValueText setStringValue:Decimal(height)];
 }
 
 - (void)applyViewportFallback {
-  [myWidthValueText setStringValue:Decimal(myVWidthINTValue)];
-  [myHeightValueText setStringValue:Decimal(myVHeightINTValue)];
+  [self writeWidth:myVWidthINTValue height:myVHeightINTValue];
 }
 
-- (void)selectSizeItem:(NSString *)item {
+- (void)selectSizePreset:(size_t)preset {
   selectingSizeItem = YES;
-  SelectComboItem(mySizeCombo, item);
+  SelectComboIndex(mySizeCombo, (NSInteger)preset);
   selectingSizeItem = NO;
 }
 
@@ -85,30 +82,27 @@ static int32_t Doubled(int32_t height) {
 
 - (void)onSizeComboBoxSelected {
   NSInteger index = [mySizeCombo indexOfSelectedItem];
-  if (index < 0 || index >= kPresetCount)
+  if (index < 0 || (size_t)index >= kSizePresetCount)
     return;
   ShowComboSelection(mySizeCombo);
-  NSString *widthText = [NSString stringWithUTF8String:kPresetWidths[index]];
-  [myWidthValueText setStringValue:widthText];
+  const SizePreset &preset = kSizePresets[index];
+  [myWidthValueText setStringValue:Decimal(preset.width)];
   if ([self panoramaIsOn]) {
-    int32_t height = [widthText intValue] / 2;
-    [myHeightValueText setStringValue:Decimal(height)];
-    if (height == 0)
-      [self applyViewportFallback];
+    [self onWidthValue];
     return;
   }
-  [myHeightValueText setStringValue:[NSString stringWithUTF8String:kPresetHeights[index]]];
-  [self setFieldsEnabled:index == 0];
+  [myHeightValueText setStringValue:Decimal(preset.height)];
+  [self setFieldsEnabled:(size_t)index == kCustomSize];
 }
 
 - (void)onImageSizeMatrixClicked {
-  NSInteger row = [aImageSizeMatrix selectedRow];
-  if (row == kFixedRow) {
+  SizeMode mode = OnChoice(aImageSizeMatrix, kSizeModes);
+  if (mode == SizeMode::Fixed) {
     [self imageSizeEnableDisable:YES];
-  } else if (row == kPanoramaRow) {
+  } else if (mode == SizeMode::Panorama) {
     [self imageSizeEnableDisable:YES];
     [mySizeCombo setEnabled:NO];
-    [self selectSizeItem:@"Custom"];
+    [self selectSizePreset:kCustomSize];
     if ([myHeightValueText intValue] == 0)
       [self applyViewportFallback];
   } else {
@@ -126,32 +120,24 @@ static int32_t Doubled(int32_t height) {
   myVHeightINTValue = height;
 }
 
-- (void)setSizeMode:(NSString *)mode width:(int32_t)width height:(int32_t)height {
-  if ([mode isEqualToString:@"viewport"]) {
-    [aImageSizeMatrix setState:NSControlStateValueOn atRow:kViewportRow column:0];
+- (void)setSizeMode:(SizeMode)mode width:(int32_t)width height:(int32_t)height {
+  SelectChoice(aImageSizeMatrix, kSizeModes, mode);
+  if (mode == SizeMode::Viewport) {
     [self imageSizeEnableDisable:NO];
-    [self selectSizeItem:@"Custom"];
-    [myWidthValueText setStringValue:Decimal(0)];
-    [myHeightValueText setStringValue:Decimal(0)];
-  } else if ([mode isEqualToString:@"fixed"]) {
-    [aImageSizeMatrix setState:NSControlStateValueOn atRow:kFixedRow column:0];
+    [self selectSizePreset:kCustomSize];
+    [self writeWidth:0 height:0];
+  } else if (mode == SizeMode::Fixed) {
     [self imageSizeEnableDisable:YES];
     // A size that names no item leaves the user to type it: "Custom".
-    NSString *item = [NSString stringWithFormat:@"%d x %d", width, height];
-    BOOL named = [mySizeCombo indexOfItemWithObjectValue:item] != NSNotFound;
-    [self selectSizeItem:named ? item : @"Custom"];
-    [myWidthValueText setStringValue:Decimal(width)];
-    [myHeightValueText setStringValue:Decimal(height)];
+    [self selectSizePreset:SizePresetOf(width, height)];
+    [self writeWidth:width height:height];
   } else {
-    [aImageSizeMatrix setState:NSControlStateValueOn atRow:kPanoramaRow column:0];
     [mySizeCombo setEnabled:NO];
-    [self selectSizeItem:@"Custom"];
-    if (height != 0) {
-      [myWidthValueText setStringValue:Decimal(width)];
-      [myHeightValueText setStringValue:Decimal(height)];
-    } else {
+    [self selectSizePreset:kCustomSize];
+    if (height != 0)
+      [self writeWidth:width height:height];
+    else
       [self applyViewportFallback];
-    }
     [self setFieldsEnabled:YES];
   }
 }

@@ -1,14 +1,14 @@
 #import "panel/OptionsPanel.h"
 
-#import "panel/controls.h"
+#import "panel/radio_groups.h"
 
 using namespace velmar;
 
 static NSArray *SizeItems() {
-  return @[
-    @"Custom", @"230 x 150", @"640 x 480", @"1024 x 768", @"2048 x 1536", @"3076 x 2034",
-    @"4076 x 3304", @"852 x 480", @"1600 x 900", @"1920 x 1080"
-  ];
+  NSMutableArray *items = [NSMutableArray arrayWithCapacity:kSizePresetCount];
+  for (const SizePreset &preset : kSizePresets)
+    [items addObject:@(preset.item)];
+  return items;
 }
 
 @interface OptionsPanel (ImageTabParts)
@@ -24,9 +24,9 @@ static NSArray *SizeItems() {
                                 [texts objectAtIndex:kImageSizeHeading], headingFont)];
 
   RadioGeometry sizeGeometry = {NSMakeSize(7, 7), NSMakeSize(180, 18)};
-  aImageSizeMatrix = MakeRadioGroup(NSMakeRect(10, 130, 300, 75), 3, 1,
-                                    [texts subarrayWithRange:NSMakeRange(kViewportRadio, 3)],
-                                    &sizeGeometry, self, @selector(onImageSizeMatrixClicked));
+  aImageSizeMatrix =
+      MakeRadioGroup(NSMakeRect(10, 130, 300, 75), 3, 1, ChoiceTitles(kSizeModes, texts),
+                     &sizeGeometry, self, @selector(onImageSizeMatrixClicked));
   [controls addObject:aImageSizeMatrix];
   [controls
       addObject:MakeLabel(NSMakeRect(10, 80, 100, 50), [texts objectAtIndex:kSizeLabel], nil)];
@@ -35,7 +35,7 @@ static NSArray *SizeItems() {
   [mySizeCombo setTarget:self];
   [mySizeCombo setDelegate:self];
   [mySizeCombo addItemsWithObjectValues:SizeItems()];
-  [self selectSizeItem:@"Custom"];
+  [self selectSizePreset:kCustomSize];
   [mySizeCombo setAction:@selector(onSizeComboBoxSelected)];
   [controls addObject:mySizeCombo];
 
@@ -52,9 +52,9 @@ static NSArray *SizeItems() {
 
   [controls addObject:MakeLabel(NSMakeRect(205, 180, 100, 50),
                                 [texts objectAtIndex:kImageFormatHeading], headingFont)];
-  aImageTypeLMatrix = MakeRadioGroup(NSMakeRect(210, 175, 300, 50), 1, 3,
-                                     [texts subarrayWithRange:NSMakeRange(kPngRadio, 3)], nullptr,
-                                     self, @selector(onImageTypeMatrixClicked));
+  aImageTypeLMatrix =
+      MakeRadioGroup(NSMakeRect(210, 175, 300, 50), 1, 3, ChoiceTitles(kImageFormats, texts),
+                     nullptr, self, @selector(onImageTypeMatrixClicked));
   FitCellsToTitles(aImageTypeLMatrix, 8);
   [controls addObject:aImageTypeLMatrix];
   myTransCButton =
@@ -64,9 +64,9 @@ static NSArray *SizeItems() {
   [controls addObject:MakeLabel(NSMakeRect(205, 90, 100, 50),
                                 [texts objectAtIndex:kSaveLocationHeading], headingFont)];
   RadioGeometry saveGeometry = {NSMakeSize(20, 25), NSMakeSize(68, 18)};
-  aISLMatrix = MakeRadioGroup(NSMakeRect(210, 80, 300, 50), 1, 2,
-                              [texts subarrayWithRange:NSMakeRange(kModelRadio, 2)], &saveGeometry,
-                              self, @selector(onISLMatrixClicked));
+  aISLMatrix =
+      MakeRadioGroup(NSMakeRect(210, 80, 300, 50), 1, 2, ChoiceTitles(kSaveLocations, texts),
+                     &saveGeometry, self, @selector(onISLMatrixClicked));
   [controls addObject:aISLMatrix];
   mySaveLocText = MakeTextField(NSMakeRect(210, 20, 130, 22));
   [mySaveLocText setTarget:self];

@@ -1,9 +1,11 @@
-// The panel as the binding sees it: plain C++, no toolkit types. Every call
-// fetches the one controller (building the panel on first use), runs inside an
-// autorelease pool and turns a toolkit exception into a ToolkitFailure, so
-// nothing but a return value crosses back into the caller's frames.
+// The panel as the binding sees it: plain C++, no toolkit types. fetch builds
+// the one controller; every other call works on it once fetched. Each runs
+// inside an autorelease pool and turns a toolkit exception into a
+// ToolkitFailure, so nothing but a return value crosses back into the caller's
+// frames.
 #pragma once
 
+#include "panel/choices.h"
 #include "panel/text_keys.h"
 
 #include <cstdint>
@@ -23,18 +25,17 @@ struct Outcome {
 };
 
 bool is_built();
-// The texts that the panel takes when it is built; later calls change nothing on screen.
-void provide_texts(PanelTexts texts);
-
-Outcome fetch();
+// Builds the panel with the texts on the first call; later calls change no text.
+Outcome fetch(const PanelTexts &texts);
 Outcome show();
 Outcome close();
 
 Outcome remember_viewport_width(int32_t width);
 Outcome remember_viewport_height(int32_t height);
-Outcome set_output_dimensions(const std::string &mode, int32_t width, int32_t height);
-Outcome set_output_format(const std::string &format);
-Outcome set_output_directory(const std::string &mode, const std::string &folder);
+Outcome set_output_dimensions(SizeMode mode, int32_t width, int32_t height);
+// A tick stays until the user clears it: without `tick` the box keeps its own.
+Outcome set_output_format(ImageFormat format, bool tick_transparency);
+Outcome set_output_directory(SaveLocation location, const std::string &folder);
 
 enum class Option {
   SphericalLights,
@@ -46,7 +47,7 @@ enum class Option {
   AutomaticMaterials
 };
 Outcome set_option(Option option, bool on);
-Outcome set_background(const std::string &background);
+Outcome set_background(Background background);
 
 enum class Slider { Intensity, Exposure };
 Outcome set_slider(Slider slider, int32_t value);

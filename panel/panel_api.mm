@@ -24,8 +24,6 @@ template <typename Operation> static Outcome Perform(Operation operation) {
   NSAutoreleasePool *pool = [PoolClass() new];
   try {
     @try {
-      if (!builtController)
-        builtController = [OptionsPanel sharedController];
       operation(builtController);
     } @catch (NSException *exception) {
       outcome.failed = true;
@@ -57,14 +55,9 @@ bool is_built() {
   }
 }
 
-void provide_texts(PanelTexts texts) {
-  @autoreleasepool {
-    [OptionsPanel useTexts:std::move(texts)];
-  }
-}
-
-Outcome fetch() {
-  return PerformWindowing([](OptionsPanel *) {});
+Outcome fetch(const PanelTexts &texts) {
+  return PerformWindowing(
+      [&](OptionsPanel *) { builtController = [OptionsPanel sharedControllerWithTexts:texts]; });
 }
 
 Outcome show() {
@@ -83,60 +76,33 @@ Outcome remember_viewport_height(int32_t height) {
   return Perform([=](OptionsPanel *controller) { [controller rememberViewportHeight:height]; });
 }
 
-Outcome set_output_dimensions(const std::string &mode, int32_t width, int32_t height) {
-  return Perform([&](OptionsPanel *controller) {
-    [controller setSizeMode:NSStringFromUtf8(mode) width:width height:height];
-  });
-}
-
-Outcome set_output_format(const std::string &format) {
+Outcome set_output_dimensions(SizeMode mode, int32_t width, int32_t height) {
   return Perform(
-      [&](OptionsPanel *controller) { [controller setFormat:NSStringFromUtf8(format)]; });
+      [=](OptionsPanel *controller) { [controller setSizeMode:mode width:width height:height]; });
 }
 
-Outcome set_output_directory(const std::string &mode, const std::string &folder) {
-  return Perform([&](OptionsPanel *controller) {
-    [controller setSaveLocationMode:NSStringFromUtf8(mode) folder:NSStringFromUtf8(folder)];
+Outcome set_output_format(ImageFormat format, bool tick_transparency) {
+  return Perform([=](OptionsPanel *controller) {
+    [controller setFormat:format tickingTransparency:tick_transparency];
   });
 }
 
-static NSButton *OptionBox(OptionsPanel *controller, Option option) {
-  switch (option) {
-  case Option::SphericalLights:
-    return controller->mySOLCButton;
-  case Option::Caustics:
-    return controller->myCausticsCButton;
-  case Option::Clay:
-    return controller->myClayCButton;
-  case Option::Caching:
-    return controller->myGCCButton;
-  case Option::InformationBar:
-    return controller->myIBCButton;
-  case Option::TranslucentColor:
-    return controller->myTCCButton;
-  case Option::AutomaticMaterials:
-    return controller->myAMCButton;
-  }
-  return nil;
+Outcome set_output_directory(SaveLocation location, const std::string &folder) {
+  return Perform([&](OptionsPanel *controller) {
+    [controller setSaveLocation:location folder:NSStringFromUtf8(folder)];
+  });
 }
 
 Outcome set_option(Option option, bool on) {
-  return Perform([=](OptionsPanel *controller) {
-    [controller setOption:OptionBox(controller, option) on:on];
-  });
+  return Perform([=](OptionsPanel *controller) { [controller setOption:option on:on]; });
 }
 
-Outcome set_background(const std::string &background) {
-  return Perform(
-      [&](OptionsPanel *controller) { [controller setBackground:NSStringFromUtf8(background)]; });
+Outcome set_background(Background background) {
+  return Perform([=](OptionsPanel *controller) { [controller setBackground:background]; });
 }
 
 Outcome set_slider(Slider slider, int32_t value) {
-  return Perform([=](OptionsPanel *controller) {
-    NSSlider *target =
-        slider == Slider::Intensity ? controller->myIntensitySlider : controller->myExposureSlider;
-    [controller setSlider:target value:value];
-  });
+  return Perform([=](OptionsPanel *controller) { [controller setSlider:slider value:value]; });
 }
 
 Outcome populate_presets(const std::string &joined_names) {
