@@ -550,7 +550,7 @@ module FuzzHostileDriver
   # Refused with a conversion error, or as naming no control.
   def refused?(error)
     [TypeError, ArgumentError, RangeError].any? { |k| error.is_a?(k) } ||
-      (error.instance_of?(RuntimeError) && error.message.start_with?("UnknownControl"))
+      (error.instance_of?(RuntimeError) && error.message.start_with?("no control named "))
   end
 
   def unchanged_check(before)
@@ -908,7 +908,7 @@ class FuzzWorker
 
   def expected_error?(action, error, enabled)
     if action.text.start_with?("Driver.")
-      error.instance_of?(RuntimeError) && !enabled && error.message.start_with?("ControlDisabled")
+      error.instance_of?(RuntimeError) && !enabled && error.message == "#{action.gate} is disabled"
     else
       [TypeError, RangeError, ArgumentError].any? { |k| error.is_a?(k) }
     end
