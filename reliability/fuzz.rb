@@ -523,7 +523,7 @@ module FuzzHostileDriver
   NAMES = [42, nil, 1.5, 2**70, Opaque.new("object"), [:m_pButton], { m_pButton: 1 },
            :no_such_control, :"m_pButton ", "m_p\0Button", "", "x" * 4096].freeze
   NOT_NUMBERS = ["1", nil, :first, Opaque.new("object"), [0], 2**70].freeze
-  NOT_TEXTS = [12, nil, :typed, Opaque.new("object"), "1\02"].freeze
+  NOT_TEXTS = [12, nil, :typed, Opaque.new("object"), "1\x002"].freeze
 
   private
 
