@@ -327,6 +327,8 @@ static VALUE pick(VALUE, VALUE name, VALUE index) {
 
 // Where a drag that the user lets go at `value` leaves the slider: pinned to
 // its range, the action sent as the toolkit sends it when the drag ends.
+// Posted mouse events can't make the drag itself: GNUstep's slider tracks the
+// pointer's real position, not the events' locations.
 static VALUE slide(VALUE, VALUE name, VALUE value) {
   int v = NUM2INT(value);
   VALUE target = Name(name);
