@@ -385,22 +385,21 @@ static void TypeInto(VALUE name, const char *chars, BOOL replacing) {
   }
 }
 
-static VALUE type_text(VALUE, VALUE name, VALUE text) {
+static VALUE Typing(VALUE name, VALUE text, BOOL replacing) {
   const char *chars = StringValueCStr(text);
   VALUE target = Name(name);
   return Drive([=] {
-    TypeInto(target, chars, NO);
+    TypeInto(target, chars, replacing);
     return (id)nil;
   });
 }
 
+static VALUE type_text(VALUE, VALUE name, VALUE text) {
+  return Typing(name, text, NO);
+}
+
 static VALUE replace(VALUE, VALUE name, VALUE text) {
-  const char *chars = StringValueCStr(text);
-  VALUE target = Name(name);
-  return Drive([=] {
-    TypeInto(target, chars, YES);
-    return (id)nil;
-  });
+  return Typing(name, text, YES);
 }
 
 static VALUE clear(VALUE, VALUE name) {
