@@ -40,7 +40,8 @@ class DriverTest < Minitest::Test
 
   def user_state
     [%i[aImageSizeMatrix matrix].map { |g| cell_states(g) }, text_of(:myWidthValueText),
-     control(:myIntensitySlider)[:value], control(:myTransCButton)[:state], Driver.tabs.map { |t| t[:selected] }]
+     control(:myIntensitySlider)[:value], control(:myTransCButton)[:state],
+     Driver.tabs.map { |t| t[:selected] }]
   end
 
   def test_every_step_on_a_tab_that_is_not_showing_is_refused_by_name
@@ -123,7 +124,8 @@ class DriverTest < Minitest::Test
     reset_panel
     Driver.raise_observer_errors = true
     assert Driver.raise_observer_errors?
-    FAILING.armed.update("options_changed" => KeyError.new("raised"), "close" => IndexError.new("second"))
+    FAILING.armed.update("options_changed" => KeyError.new("raised"),
+                         "close" => IndexError.new("second"))
     error = nil
     _, err = capture_io { error = assert_raises(KeyError) { Driver.click(:m_pButton) } }
     assert_equal "raised", error.message
