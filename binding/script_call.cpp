@@ -32,14 +32,18 @@ static VALUE toolkit_error(const panel::ToolkitFailure &failure) {
   return rb_exc_new(rb_eRuntimeError, message.data(), static_cast<long>(message.size()));
 }
 
-VALUE end_script_call(const panel::Outcome &outcome) {
+// Closes the innermost call; returns its held exception, or Qnil when a jump
+// is held: a jump that goes on takes the place of an earlier exception, as a
+// throw from an ensure clause does in Ruby.
+static VALUE close_call() {
   VALUE held = rb_ary_pop(held_list());
-  // A jump that goes on takes the place of an earlier exception, as a throw
-  // from an ensure clause does in Ruby; reporting it would run Ruby code,
-  // which may overwrite a held throw's record.
-  if (jump_held())
-    return Qnil;
-  if (!outcome.failed)
+  return jump_held() ? Qnil : held;
+}
+
+VALUE end_script_call(const panel::Outcome &outcome) {
+  VALUE held = close_call();
+  // Reporting would run Ruby code, which may overwrite a held throw's record.
+  if (jump_held() || !outcome.failed)
     return held;
   if (!NIL_P(held))
     observer_failed(held);
@@ -73,3 +77,14 @@ void ensure_panel() {
 }
 
 } // namespace velmar
+
+VALUE OptionsPanel_hold_observer_errors(void (*action)(void *), void *context) {
+  velmar::begin_script_call();
+  try {
+    action(context);
+  } catch (...) {
+    velmar::abandon_script_call();
+    throw;
+  }
+  return velmar::close_call();
+}

@@ -6,6 +6,8 @@
 #include <ruby.h>
 #include <objc/runtime.h>
 
+#include <cstdarg>
+
 #include "binding/cxx_guard.h"
 #include "binding/jump.h"
 #import "platform/platform.h"
@@ -57,12 +59,26 @@ static id Controller() {
   return [cls sharedController];
 }
 
+// A step the user could not take: its message is only the reason, which
+// names the control.
+static NSString *const kRefused = @"Refused";
+
+static void Refuse(NSString *format, ...) {
+  va_list args;
+  va_start(args, format);
+  [NSException raise:kRefused format:format arguments:args];
+  va_end(args);
+}
+
+// Only an instance variable that holds a view is a control: reading any other
+// as an object would crash.
 static id ControlNamed(const char *name) {
   id controller = Controller();
   Ivar ivar = class_getInstanceVariable([controller class], name);
-  if (!ivar)
-    [NSException raise:@"UnknownControl" format:@"no control named %s", name];
-  return object_getIvar(controller, ivar);
+  id view = ivar && ivar_getTypeEncoding(ivar)[0] == '@' ? object_getIvar(controller, ivar) : nil;
+  if (![view isKindOfClass:[NSView class]])
+    Refuse(@"no control named %s", name);
+  return view;
 }
 
 // `name` is a String made by Name().
@@ -114,15 +130,27 @@ static VALUE ToRuby(id object) {
 // RuntimeError, raised only after the pool and the @try frame are gone. Every
 // Ruby argument is converted before: a conversion that raises would leave the
 // pool undrained. A C++ exception drains the pool on its way to the guard.
-template <typename Step> static VALUE Drive(Step step) {
-  id result = nil;
+template <typename Step> struct StepRun {
+  Step step;
+  id result;     // retained
+  VALUE message; // the failure, or Qnil
+};
+
+static NSString *FailureOf(NSException *exception) {
+  if ([[exception name] isEqual:kRefused])
+    return [[exception reason] copy];
+  return [[NSString alloc] initWithFormat:@"%@: %@", [exception name], [exception reason]];
+}
+
+template <typename Step> static void RunStep(void *context) {
+  StepRun<Step> *run = static_cast<StepRun<Step> *>(context);
   NSString *failure = nil;
   NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
   try {
     @try {
-      result = [step() retain];
+      run->result = [run->step() retain];
     } @catch (NSException *exception) {
-      failure = [[NSString alloc] initWithFormat:@"%@: %@", [exception name], [exception reason]];
+      failure = FailureOf(exception);
     }
   } catch (...) {
     [pool drain];
@@ -130,22 +158,52 @@ template <typename Step> static VALUE Drive(Step step) {
   }
   // UTF8String autoreleases the bytes it returns: the message is read while the
   // pool is still there, or GNUstep leaks them with a warning at every failure.
-  VALUE message = Qnil;
   if (failure) {
-    message = rb_utf8_str_new_cstr([failure UTF8String]);
+    run->message = rb_utf8_str_new_cstr([failure UTF8String]);
     [failure release];
   }
   [pool drain];
+}
+
+// Whether a step's observers' exceptions are raised by the step rather than
+// reported on $stderr.
+static bool raisingObserverErrors = false;
+
+using HoldObserverErrors = VALUE (*)(void (*)(void *), void *);
+
+// The extension's way to hold them, if it is loaded.
+static HoldObserverErrors ObserverErrorHolder() {
+  static HoldObserverErrors hold = nullptr;
+  if (!hold)
+    hold = reinterpret_cast<HoldObserverErrors>(
+        dlsym(RTLD_DEFAULT, "OptionsPanel_hold_observer_errors"));
+  return hold;
+}
+
+// Runs the step, then raises: an observer's exit, signal or throw first, then
+// the step's own failure (with a held observer exception as its cause), then
+// a held observer exception.
+template <typename Step> static VALUE Drive(Step step) {
+  StepRun<Step> run = {step, nil, Qnil};
+  HoldObserverErrors hold = raisingObserverErrors ? ObserverErrorHolder() : nullptr;
+  VALUE observerError = hold ? hold(RunStep<Step>, &run) : Qnil;
+  if (!hold)
+    RunStep<Step>(&run);
   // Reading an object's text autoreleases too.
-  pool = [[NSAutoreleasePool alloc] init];
-  VALUE value = ToRuby(result);
-  [result release];
+  NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
+  VALUE value = ToRuby(run.result);
+  [run.result release];
   [pool drain];
   // The step was the user's: an exit, signal or throw of an observer goes on
   // here, as it would at a host's next turn, once every toolkit frame is gone.
   velmar::resume_options_panel_jump();
-  if (!NIL_P(message))
-    rb_exc_raise(rb_exc_new_str(rb_eRuntimeError, message));
+  if (!NIL_P(run.message)) {
+    if (!NIL_P(observerError))
+      rb_set_errinfo(observerError);
+    rb_exc_raise(rb_exc_new_str(rb_eRuntimeError, run.message));
+  }
+  if (!NIL_P(observerError))
+    rb_exc_raise(observerError);
   return value;
 }
 
@@ -159,18 +217,58 @@ static VALUE Name(VALUE name) {
 
 // ---- acting as the user ----
 
-static id RequireEnabled(NSControl *control) {
-  if (![control isEnabled])
-    [NSException raise:@"ControlDisabled" format:@"%@ is disabled", control];
-  return control;
+// The tab view, and one of its tabs by index.
+static NSTabView *Tabs() {
+  return ControlNamed("myTabView");
+}
+
+static NSTabViewItem *TabAt(long index) {
+  NSTabView *tabView = Tabs();
+  if (index < 0 || index >= [tabView numberOfTabViewItems])
+    Refuse(@"myTabView has no tab %ld", index);
+  return [tabView tabViewItemAtIndex:index];
+}
+
+// A user acts only on what shows: a control on the window, on the tab that
+// is selected, and enabled. `what` names it in the refusal.
+static id Reachable(NSView *view, NSString *what) {
+  NSTabView *tabView = Tabs();
+  for (NSTabViewItem *item in [tabView tabViewItems])
+    if (item != [tabView selectedTabViewItem] && [view isDescendantOf:[item view]])
+      Refuse(@"%@ is on the tab \"%@\", which is not showing", what, [item identifier]);
+  if (![view window])
+    Refuse(@"%@ is not on the window", what);
+  if ([view isKindOfClass:[NSControl class]] && ![(NSControl *)view isEnabled])
+    Refuse(@"%@ is disabled", what);
+  return view;
+}
+
+// The named control, of the kind the step acts on, where the user can reach it.
+static id Actionable(VALUE name, Class kind, NSString *kindName) {
+  const char *text = RSTRING_PTR(name);
+  NSView *view = ControlNamed(text);
+  NSString *what = [NSString stringWithUTF8String:text];
+  if (![view isKindOfClass:kind])
+    Refuse(@"%@ is not %@", what, kindName);
+  return Reachable(view, what);
+}
+
+static NSButton *Button(VALUE name) {
+  return Actionable(name, [NSButton class], @"a button");
 }
 
 static VALUE click(VALUE, VALUE name) {
   VALUE target = Name(name);
   return Drive([=] {
-    [RequireEnabled(Control(target)) performClick:nil];
+    [Button(target) performClick:nil];
     return (id)nil;
   });
+}
+
+// Sends the control's action as the toolkit does once the user's gesture ends.
+static void SendAction(NSControl *control) {
+  if ([control action])
+    [control sendAction:[control action] to:[control target]];
 }
 
 // What a button does once the user's click completes: its action, sent as
@@ -179,8 +277,7 @@ static VALUE click(VALUE, VALUE name) {
 static VALUE press(VALUE, VALUE name) {
   VALUE target = Name(name);
   return Drive([=] {
-    NSControl *control = RequireEnabled(Control(target));
-    [control sendAction:[control action] to:[control target]];
+    SendAction(Button(target));
     return (id)nil;
   });
 }
@@ -191,11 +288,10 @@ static VALUE click_later(VALUE, VALUE name, VALUE seconds) {
   VALUE target = Name(name);
   double delay = NUM2DBL(seconds);
   return Drive([=] {
-    NSButton *button = RequireEnabled(Control(target));
-    [button performSelector:@selector(performClick:)
-                 withObject:nil
-                 afterDelay:delay
-                    inModes:@[ NSDefaultRunLoopMode ]];
+    [Button(target) performSelector:@selector(performClick:)
+                         withObject:nil
+                         afterDelay:delay
+                            inModes:@[ NSDefaultRunLoopMode ]];
     return (id)nil;
   });
 }
@@ -204,9 +300,13 @@ static VALUE click_cell(VALUE, VALUE name, VALUE index) {
   long i = NUM2LONG(index);
   VALUE target = Name(name);
   return Drive([=] {
-    NSMatrix *group = RequireEnabled(Control(target));
-    BOOL column = [group numberOfRows] == 1;
-    [group selectCellAtRow:column ? 0 : i column:column ? i : 0];
+    NSMatrix *group = Actionable(target, [NSMatrix class], @"a radio group");
+    long columns = [group numberOfColumns];
+    if (i < 0 || i >= [group numberOfRows] * columns)
+      Refuse(@"%s has no cell %ld", RSTRING_PTR(target), i);
+    if (![[group cellAtRow:i / columns column:i % columns] isEnabled])
+      Refuse(@"cell %ld of %s is disabled", i, RSTRING_PTR(target));
+    [group selectCellAtRow:i / columns column:i % columns];
     [group sendAction];
     return (id)nil;
   });
@@ -216,10 +316,26 @@ static VALUE pick(VALUE, VALUE name, VALUE index) {
   long i = NUM2LONG(index);
   VALUE target = Name(name);
   return Drive([=] {
-    NSComboBox *combo = RequireEnabled(Control(target));
+    NSComboBox *combo = Actionable(target, [NSComboBox class], @"a list");
+    if (i < 0 || i >= [combo numberOfItems])
+      Refuse(@"%s has no item %ld", RSTRING_PTR(target), i);
     [combo selectItemAtIndex:i];
-    if ([combo action])
-      [combo sendAction:[combo action] to:[combo target]];
+    SendAction(combo);
+    return (id)nil;
+  });
+}
+
+// Where a drag that the user lets go at `value` leaves the slider: pinned to
+// its range, the action sent as the toolkit sends it when the drag ends.
+// Posted mouse events can't make the drag itself: GNUstep's slider tracks the
+// pointer's real position, not the events' locations.
+static VALUE slide(VALUE, VALUE name, VALUE value) {
+  int v = NUM2INT(value);
+  VALUE target = Name(name);
+  return Drive([=] {
+    NSSlider *slider = Actionable(target, [NSSlider class], @"a slider");
+    [slider setIntValue:v];
+    SendAction(slider);
     return (id)nil;
   });
 }
@@ -229,51 +345,67 @@ static VALUE click_titled(VALUE, VALUE index, VALUE title) {
   long i = NUM2LONG(index);
   const char *text = StringValueCStr(title);
   return Drive([=] {
-    NSTabViewItem *item = [(NSTabView *)ControlNamed("myTabView") tabViewItemAtIndex:i];
+    NSTabViewItem *item = TabAt(i);
     NSString *wanted = [NSString stringWithUTF8String:text];
     for (NSView *view in [[item view] subviews])
       if ([view isKindOfClass:[NSButton class]] && [[(NSButton *)view title] isEqual:wanted]) {
-        [RequireEnabled((NSButton *)view) performClick:nil];
+        NSString *what = [NSString stringWithFormat:@"the button \"%@\"", wanted];
+        [Reachable(view, what) performClick:nil];
         return (id)nil;
       }
-    [NSException raise:@"UnknownControl" format:@"no button titled %@ in tab %ld", wanted, i];
+    Refuse(@"no button titled \"%@\" on tab %ld", wanted, i);
     return (id)nil;
   });
 }
 
-// Starts editing the field as a click in it would, with the caret at the end.
-static NSText *EditorFor(NSTextField *field, BOOL selectAll) {
-  NSWindow *window = [field window];
+// Starts editing the field as a click in it would, with the caret at the end
+// or everything selected.
+static NSText *EditorFor(VALUE name, BOOL selectAll) {
+  NSTextField *field = Actionable(name, [NSTextField class], @"a text field");
   if (![field currentEditor])
-    [window makeFirstResponder:RequireEnabled(field)];
+    [[field window] makeFirstResponder:field];
   NSText *editor = [field currentEditor];
   if (!editor)
-    [NSException raise:@"NotEditable" format:@"%@ cannot be edited", field];
+    Refuse(@"%s cannot be edited", RSTRING_PTR(name));
   NSUInteger length = [[editor string] length];
   [editor setSelectedRange:selectAll ? NSMakeRange(0, length) : NSMakeRange(length, 0)];
   return editor;
 }
 
-static VALUE type_text(VALUE, VALUE name, VALUE text) {
+// Types one key at a time, the first over the selection when `replacing`; each
+// key finds the field again, as the panel may react to the one before.
+static void TypeInto(VALUE name, const char *chars, BOOL replacing) {
+  NSString *typed = [NSString stringWithUTF8String:chars];
+  if (replacing && [typed length] == 0)
+    [EditorFor(name, YES) delete:nil];
+  for (NSUInteger i = 0; i < [typed length];) {
+    NSRange key = [typed rangeOfComposedCharacterSequenceAtIndex:i];
+    [EditorFor(name, replacing && i == 0) insertText:[typed substringWithRange:key]];
+    i = NSMaxRange(key);
+  }
+}
+
+static VALUE Typing(VALUE name, VALUE text, BOOL replacing) {
   const char *chars = StringValueCStr(text);
   VALUE target = Name(name);
   return Drive([=] {
-    NSTextField *field = Control(target);
-    NSString *typed = [NSString stringWithUTF8String:chars];
-    for (NSUInteger i = 0; i < [typed length];) {
-      NSRange key = [typed rangeOfComposedCharacterSequenceAtIndex:i];
-      [EditorFor(field, NO) insertText:[typed substringWithRange:key]];
-      i = NSMaxRange(key);
-    }
+    TypeInto(target, chars, replacing);
     return (id)nil;
   });
+}
+
+static VALUE type_text(VALUE, VALUE name, VALUE text) {
+  return Typing(name, text, NO);
+}
+
+static VALUE replace(VALUE, VALUE name, VALUE text) {
+  return Typing(name, text, YES);
 }
 
 static VALUE clear(VALUE, VALUE name) {
   VALUE target = Name(name);
   return Drive([=] {
-    NSText *editor = EditorFor(Control(target), YES);
-    [editor delete:nil];
+    [EditorFor(target, YES) delete:nil];
     return (id)nil;
   });
 }
@@ -281,7 +413,7 @@ static VALUE clear(VALUE, VALUE name) {
 static VALUE press_return(VALUE, VALUE name) {
   VALUE target = Name(name);
   return Drive([=] {
-    [(NSTextView *)EditorFor(Control(target), NO) insertNewline:nil];
+    [(NSTextView *)EditorFor(target, NO) insertNewline:nil];
     return (id)nil;
   });
 }
@@ -296,9 +428,18 @@ static VALUE close_box(VALUE) {
 static VALUE choose_tab(VALUE, VALUE index) {
   long i = NUM2LONG(index);
   return Drive([=] {
-    [(NSTabView *)ControlNamed("myTabView") selectTabViewItemAtIndex:i];
+    [Tabs() selectTabViewItem:TabAt(i)];
     return (id)nil;
   });
+}
+
+static VALUE set_raise_observer_errors(VALUE, VALUE on) {
+  raisingObserverErrors = RTEST(on);
+  return on;
+}
+
+static VALUE raise_observer_errors(VALUE) {
+  return raisingObserverErrors ? Qtrue : Qfalse;
 }
 
 static VALUE process_events(VALUE) {
@@ -456,15 +597,12 @@ static VALUE content_views(VALUE) {
 
 static VALUE tab_views(VALUE, VALUE index) {
   long i = NUM2LONG(index);
-  return Drive([=] {
-    NSTabViewItem *item = [(NSTabView *)ControlNamed("myTabView") tabViewItemAtIndex:i];
-    return (id)DescribeAll([[item view] subviews]);
-  });
+  return Drive([=] { return (id)DescribeAll([[TabAt(i) view] subviews]); });
 }
 
 static VALUE tabs(VALUE) {
   return Drive([] {
-    NSTabView *tabView = ControlNamed("myTabView");
+    NSTabView *tabView = Tabs();
     NSMutableArray *all = [NSMutableArray array];
     for (NSTabViewItem *item in [tabView tabViewItems])
       [all addObject:@{
@@ -479,7 +617,7 @@ static VALUE tabs(VALUE) {
 
 // Where on the tab view's strip the tab is: the middle of the points that hit it.
 static NSPoint TabCentre(NSTabView *tabView, long index) {
-  NSTabViewItem *item = [tabView tabViewItemAtIndex:index];
+  NSTabViewItem *item = TabAt(index);
   NSRect bounds = [tabView bounds];
   CGFloat sumX = 0, sumY = 0, hits = 0;
   for (CGFloat y = NSMinY(bounds); y < NSMaxY(bounds); y += 2)
@@ -490,7 +628,7 @@ static NSPoint TabCentre(NSTabView *tabView, long index) {
         ++hits;
       }
   if (!hits)
-    [NSException raise:@"NoTab" format:@"tab %ld shows nowhere", index];
+    Refuse(@"tab %ld shows nowhere", index);
   return NSMakePoint(sumX / hits, sumY / hits);
 }
 
@@ -518,7 +656,7 @@ static NSView *PressableView(const char *name) {
     return ControlNamed(name);
   NSButton *closeBox = [PanelWindow() standardWindowButton:NSWindowCloseButton];
   if (!closeBox)
-    [NSException raise:@"NoCloseBox" format:@"the title bar shows no close box"];
+    Refuse(@"the title bar shows no close box");
   return closeBox;
 }
 
@@ -530,7 +668,7 @@ static VALUE screen_point(VALUE, VALUE name, VALUE index) {
     NSView *view = PressableView(control);
     NSWindow *window = [view window];
     if (!window)
-      [NSException raise:@"NotShowing" format:@"%s is not on the window", control];
+      Refuse(@"%s is not on the window", control);
     NSPoint inWindow = [view convertPoint:TargetIn(view, i) toView:nil];
     NSPoint onScreen = [window convertRectToScreen:NSMakeRect(inWindow.x, inWindow.y, 0, 0)].origin;
     CGFloat screenHeight = NSHeight([[window screen] frame]);
@@ -642,12 +780,16 @@ extern "C" __attribute__((visibility("default"))) void Init_OptionsPanelDriver()
   define(driver, "click_cell", VELMAR_GUARDED(click_cell), 2);
   define(driver, "pick", VELMAR_GUARDED(pick), 2);
   define(driver, "click_titled", VELMAR_GUARDED(click_titled), 2);
+  define(driver, "slide", VELMAR_GUARDED(slide), 2);
   define(driver, "type", VELMAR_GUARDED(type_text), 2);
+  define(driver, "replace", VELMAR_GUARDED(replace), 2);
   define(driver, "clear", VELMAR_GUARDED(clear), 1);
   define(driver, "press_return", VELMAR_GUARDED(press_return), 1);
   define(driver, "close_box", VELMAR_GUARDED(close_box), 0);
   define(driver, "choose_tab", VELMAR_GUARDED(choose_tab), 1);
   define(driver, "process_events", VELMAR_GUARDED(process_events), 0);
+  define(driver, "raise_observer_errors=", VELMAR_GUARDED(set_raise_observer_errors), 1);
+  define(driver, "raise_observer_errors?", VELMAR_GUARDED(raise_observer_errors), 0);
   define(driver, "start_application", VELMAR_GUARDED(start_application), 0);
   define(driver, "hide_as_inactive", VELMAR_GUARDED(hide_as_inactive), 0);
   define(driver, "announce_termination", VELMAR_GUARDED(announce_termination), 0);

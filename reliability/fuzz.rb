@@ -436,7 +436,17 @@ module FuzzUserActions
     # Each button click waits out the toolkit's highlight (about 0.1 s), so
     # boxes that no rule ties to anything else get a small share.
     [[4, -> { driver_action(:click, boxes[@rng.rand(boxes.size)]) }],
-     [4, -> { cell(:matrix, 3) }], [1, -> { reset_action }]]
+     [4, -> { cell(:matrix, 3) }], [2, -> { slide_action }], [1, -> { reset_action }]]
+  end
+
+  # A drag let go anywhere, past either end too: the slider stops at its end.
+  def slide_action
+    slider = %i[myIntensitySlider myExposureSlider][@rng.rand(2)]
+    value = @rng.rand(-20..120)
+    check = lambda do |error, _|
+      expect("#{slider} value", control(slider)[:value], value.clamp(0, 100)) unless error
+    end
+    driver_action(:slide, slider, value, check: quiet(check))
   end
 
   # A driver call; a gate is the control named first, which the driver refuses when disabled.
@@ -474,7 +484,8 @@ module FuzzUserActions
   def edit
     field = %i[myWidthValueText myHeightValueText mySaveLocText][@rng.rand(3)]
     case @rng.rand(10)
-    when 0..5 then driver_action(:type, field, TYPED[@rng.rand(TYPED.size)])
+    when 0..4 then driver_action(:type, field, TYPED[@rng.rand(TYPED.size)])
+    when 5 then driver_action(:replace, field, TYPED[@rng.rand(TYPED.size)])
     when 6, 7 then driver_action(:clear, field)
     else driver_action(:press_return, field)
     end
@@ -523,7 +534,7 @@ module FuzzHostileDriver
   NAMES = [42, nil, 1.5, 2**70, Opaque.new("object"), [:m_pButton], { m_pButton: 1 },
            :no_such_control, :"m_pButton ", "m_p\0Button", "", "x" * 4096].freeze
   NOT_NUMBERS = ["1", nil, :first, Opaque.new("object"), [0], 2**70].freeze
-  NOT_TEXTS = [12, nil, :typed, Opaque.new("object"), "1\02"].freeze
+  NOT_TEXTS = [12, nil, :typed, Opaque.new("object"), "1\x002"].freeze
 
   private
 
@@ -536,13 +547,15 @@ module FuzzHostileDriver
 
   def hostile_call
     name = NAMES[@rng.rand(NAMES.size)]
-    case @rng.rand(7)
+    case @rng.rand(9)
     when 0 then [:click, name]
     when 1 then [:control, name]
     when 2 then [:press, name]
     when 3 then [:pick, name, 0]
     when 4 then [:click_cell, :aISLMatrix, NOT_NUMBERS[@rng.rand(NOT_NUMBERS.size)]]
     when 5 then [:type, :myWidthValueText, NOT_TEXTS[@rng.rand(NOT_TEXTS.size)]]
+    when 6 then [:replace, :myWidthValueText, NOT_TEXTS[@rng.rand(NOT_TEXTS.size)]]
+    when 7 then [:slide, name, 50]
     else [:choose_tab, NOT_NUMBERS[@rng.rand(NOT_NUMBERS.size)]]
     end
   end
@@ -550,7 +563,7 @@ module FuzzHostileDriver
   # Refused with a conversion error, or as naming no control.
   def refused?(error)
     [TypeError, ArgumentError, RangeError].any? { |k| error.is_a?(k) } ||
-      (error.instance_of?(RuntimeError) && error.message.start_with?("UnknownControl"))
+      (error.instance_of?(RuntimeError) && error.message.start_with?("no control named "))
   end
 
   def unchanged_check(before)
@@ -908,7 +921,7 @@ class FuzzWorker
 
   def expected_error?(action, error, enabled)
     if action.text.start_with?("Driver.")
-      error.instance_of?(RuntimeError) && !enabled && error.message.start_with?("ControlDisabled")
+      error.instance_of?(RuntimeError) && !enabled && error.message == "#{action.gate} is disabled"
     else
       [TypeError, RangeError, ArgumentError].any? { |k| error.is_a?(k) }
     end

@@ -52,8 +52,8 @@ class ClosingTest < Minitest::Test
   def test_a_closed_panel_keeps_its_state_and_takes_setters
     Driver.click_cell(:aImageSizeMatrix, 1)
     Driver.type(:myWidthValueText, "77")
-    Driver.click(:myCausticsCButton)
     Driver.choose_tab(1)
+    Driver.click(:myCausticsCButton)
     panel.close
     panel.set_environment_clay(true)
     panel.show

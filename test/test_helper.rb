@@ -113,6 +113,7 @@ module PanelTest
     p.preset = "Default"
     p.set_output_dimensions("viewport", 0, 0, 0, 0)
     p.output_format = "png"
+    Driver.choose_tab(0)
     Driver.click(:myTransCButton) if control(:myTransCButton)[:state] == 1
     p.set_output_directory("model", "")
     %i[spherical_point_lights information_bar clay caching caustic translucent_color
@@ -120,7 +121,6 @@ module PanelTest
     p.set_environment_background("default")
     p.set_environment_brightness(50)
     p.set_environment_contrast(50)
-    Driver.choose_tab(0)
     LOG.clear
     p
   end

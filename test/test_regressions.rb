@@ -52,7 +52,7 @@ class RegressionsTest < Minitest::Test
       end
     RUBY
     assert status.success?, err
-    assert_match(/\AUnknownControl: no control named no_such_control\nControlDisabled: /, out)
+    assert_match(/\Ano control named no_such_control\nmyDirButton is disabled\n\z/, out)
     refute_match(/autorelease called without pool/, err)
   end
 

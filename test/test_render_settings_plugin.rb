@@ -81,6 +81,7 @@ class RenderSettingsPluginTest < Minitest::Test
 
   def test_close_leaves_the_settings_as_they_were
     @plugin.show
+    Driver.choose_tab(1)
     Driver.click(:myCausticsCButton)
     Driver.click(:m_cButton)
     assert_equal ["close"], @printed.string.lines.map { |line| line[/\A\w+/] }

@@ -82,6 +82,7 @@ class ScriptClassTest < Minitest::Test
 
   def test_methods_that_drive_the_panel_belong_to_the_main_thread
     p = panel
+    Driver.choose_tab(1)
     Driver.click(:myClayCButton)
     from_thread = Thread.new do
       errors = %i[show close].map { |m| assert_raises(ThreadError) { p.public_send(m) } }
