@@ -296,17 +296,22 @@ static VALUE click_later(VALUE, VALUE name, VALUE seconds) {
   });
 }
 
+// Cell `index` of a radio group, counted in the order of its cells.
+static NSCell *CellAt(NSMatrix *group, long index, const char *name) {
+  long columns = [group numberOfColumns];
+  if (index < 0 || index >= [group numberOfRows] * columns)
+    Refuse(@"%s has no cell %ld", name, index);
+  return [group cellAtRow:index / columns column:index % columns];
+}
+
 static VALUE click_cell(VALUE, VALUE name, VALUE index) {
   long i = NUM2LONG(index);
   VALUE target = Name(name);
   return Drive([=] {
     NSMatrix *group = Actionable(target, [NSMatrix class], @"a radio group");
-    long columns = [group numberOfColumns];
-    if (i < 0 || i >= [group numberOfRows] * columns)
-      Refuse(@"%s has no cell %ld", RSTRING_PTR(target), i);
-    if (![[group cellAtRow:i / columns column:i % columns] isEnabled])
+    if (![CellAt(group, i, RSTRING_PTR(target)) isEnabled])
       Refuse(@"cell %ld of %s is disabled", i, RSTRING_PTR(target));
-    [group selectCellAtRow:i / columns column:i % columns];
+    [group selectCellAtRow:i / [group numberOfColumns] column:i % [group numberOfColumns]];
     [group sendAction];
     return (id)nil;
   });
@@ -634,22 +639,21 @@ static NSPoint TabCentre(NSTabView *tabView, long index) {
 
 // The middle of what the user sees of a control, of a cell of a radio group,
 // or of a tab's label, in the view's own coordinates.
-static NSPoint TargetIn(NSView *view, long index) {
+static NSPoint TargetIn(NSView *view, long index, const char *name) {
   if (index >= 0 && [view isKindOfClass:[NSTabView class]])
     return TabCentre((NSTabView *)view, index);
   NSRect target = [view bounds];
   if (index >= 0 && [view isKindOfClass:[NSMatrix class]]) {
     NSMatrix *group = (NSMatrix *)view;
-    target = [group cellFrameAtRow:index / [group numberOfColumns]
-                            column:index % [group numberOfColumns]];
+    NSInteger row, column;
+    [group getRow:&row column:&column ofCell:CellAt(group, index, name)];
+    target = [group cellFrameAtRow:row column:column];
   } else if ([view respondsToSelector:@selector(trackFrame)]) {
     target = [view convertRect:DrawnFrame(view) fromView:[view superview]];
   }
   return NSMakePoint(NSMidX(target), NSMidY(target));
 }
 
-// Where a pointer must go to reach the target, in the X server's screen
-// coordinates: whole pixels, origin at the top-left corner.
 // A control by its name, or the title bar's close box, which the controller has no name for.
 static NSView *PressableView(const char *name) {
   if (strcmp(name, "close_box") != 0)
@@ -660,6 +664,8 @@ static NSView *PressableView(const char *name) {
   return closeBox;
 }
 
+// Where a pointer must go to reach the target, in the X server's screen
+// coordinates: whole pixels, origin at the top-left corner.
 static VALUE screen_point(VALUE, VALUE name, VALUE index) {
   VALUE target = Name(name);
   long i = NIL_P(index) ? -1 : NUM2LONG(index);
@@ -669,7 +675,7 @@ static VALUE screen_point(VALUE, VALUE name, VALUE index) {
     NSWindow *window = [view window];
     if (!window)
       Refuse(@"%s is not on the window", control);
-    NSPoint inWindow = [view convertPoint:TargetIn(view, i) toView:nil];
+    NSPoint inWindow = [view convertPoint:TargetIn(view, i, control) toView:nil];
     NSPoint onScreen = [window convertRectToScreen:NSMakeRect(inWindow.x, inWindow.y, 0, 0)].origin;
     CGFloat screenHeight = NSHeight([[window screen] frame]);
     return (id) @[ @(lround(onScreen.x)), @(lround(screenHeight - onScreen.y)) ];
