@@ -44,5 +44,7 @@ OPTIONS_PANEL_EXPORT VALUE OptionsPanel_hold_observer_errors(void (*action)(void
 // Handles the events already queued, without waiting: how a test driver lets the user act.
 - (void)processEvents;
 - (NSWindow *)window;
+// The control that has the keyboard focus, a field being edited included; else nil.
+- (NSView *)focusedControl;
 @end
 #endif

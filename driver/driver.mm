@@ -687,6 +687,31 @@ static VALUE screen_point(VALUE, VALUE name, VALUE index) {
   });
 }
 
+// The name under which the controller keeps the control that has the keyboard
+// focus; the title of a button it keeps no name for (Reset); nil when nothing has it.
+static id FocusedName() {
+  id<VOPController> controller = Controller();
+  NSView *focused = [controller focusedControl];
+  if (!focused)
+    return nil;
+  unsigned count = 0;
+  Ivar *ivars = class_copyIvarList([(id)controller class], &count);
+  id name = nil;
+  for (unsigned i = 0; i < count && !name; ++i) {
+    const char *type = ivar_getTypeEncoding(ivars[i]);
+    if (type && type[0] == '@' && object_getIvar(controller, ivars[i]) == focused)
+      name = [NSString stringWithUTF8String:ivar_getName(ivars[i])];
+  }
+  free(ivars);
+  if (!name && [focused isKindOfClass:[NSButton class]])
+    name = [(NSButton *)focused title];
+  return name;
+}
+
+static VALUE focused(VALUE) {
+  return Drive([] { return FocusedName(); });
+}
+
 static VALUE window_state(VALUE) {
   return Drive([] {
     NSWindow *window = PanelWindow();
@@ -812,6 +837,7 @@ extern "C" __attribute__((visibility("default"))) void Init_OptionsPanelDriver()
   define(driver, "tab_views", VELMAR_GUARDED(tab_views), 1);
   define(driver, "tabs", VELMAR_GUARDED(tabs), 0);
   define(driver, "window_state", VELMAR_GUARDED(window_state), 0);
+  define(driver, "focused", VELMAR_GUARDED(focused), 0);
   define(driver, "built?", VELMAR_GUARDED(built), 0);
   define(driver, "modal_panel_level", VELMAR_GUARDED(modal_panel_level), 0);
   define(driver, "image_types", VELMAR_GUARDED(image_types), 0);

@@ -7,8 +7,13 @@
 #include "panel/choices.h"
 #include "panel/panel_api.h"
 
-@interface OptionsPanel
-    : NSWindowController <NSWindowDelegate, NSTextFieldDelegate, NSComboBoxDelegate> {
+// The panel's window: it gives the controller the keys that move the focus,
+// switch tabs and close the panel before the focused control sees them.
+@interface VOPKeyPanel : NSPanel
+@end
+
+@interface OptionsPanel : NSWindowController <NSWindowDelegate, NSTextFieldDelegate,
+                                              NSComboBoxDelegate, NSTabViewDelegate> {
 @public
   NSButton *m_pButton;
   NSButton *m_cButton;
@@ -35,6 +40,9 @@
   NSMatrix *aImageTypeLMatrix;
   NSMatrix *matrix;
   NSArray *myPresets;
+  // Each tab's controls in the order Tab visits them.
+  NSArray *imageKeyOrder;
+  NSArray *environmentKeyOrder;
   int32_t myVWidthINTValue;
   int32_t myVHeightINTValue;
   // Set while the controller itself selects in mySizeCombo: the toolkit reports
@@ -54,7 +62,6 @@
 + (BOOL)isBuilt;
 
 - (instancetype)initWithTexts:(const velmar::PanelTexts &)texts;
-- (void)chainFieldsForTab;
 - (void)windowWillClose:(NSNotification *)notification;
 // AppKit closes every window as the application terminates; the scripts'
 // interpreter may be going down by then, so no event is sent from here on.
@@ -76,6 +83,17 @@
 @interface OptionsPanel (EnvironmentTab)
 // Returns the tab's visible controls in stacking order; the caching box is not among them.
 - (NSArray *)buildEnvironmentControlsWithTexts:(NSArray *)texts font:(NSFont *)headingFont;
+@end
+
+@interface OptionsPanel (Keyboard)
+// The enabled controls on screen that Tab visits, in its order.
+- (NSArray *)focusOrder;
+// The control that has the keyboard focus (a field being edited included), or nil.
+- (NSView *)focusedControl;
+- (void)focusFirstControlOfShownTab;
+- (void)tabView:(NSTabView *)tabView didSelectTabViewItem:(NSTabViewItem *)item;
+// Whether the panel took the key itself: Tab, Shift+Tab, Ctrl+Tab, Ctrl+Shift+Tab, Escape.
+- (BOOL)handleKeyDown:(NSEvent *)event;
 @end
 
 @interface OptionsPanel (Apply)

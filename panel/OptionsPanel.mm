@@ -38,10 +38,10 @@ static NSArray *TextsAsStrings(const velmar::PanelTexts &texts) {
   NSFont *headingFont = [NSFont boldSystemFontOfSize:11];
 
   NSPanel *panel =
-      [[[NSPanel alloc] initWithContentRect:NSMakeRect(10, 0, 420, 315)
-                                  styleMask:NSWindowStyleMaskTitled | NSWindowStyleMaskClosable
-                                    backing:NSBackingStoreBuffered
-                                      defer:NO] autorelease];
+      [[[VOPKeyPanel alloc] initWithContentRect:NSMakeRect(10, 0, 420, 315)
+                                      styleMask:NSWindowStyleMaskTitled | NSWindowStyleMaskClosable
+                                        backing:NSBackingStoreBuffered
+                                          defer:NO] autorelease];
   // The panel is closed and shown again many times; it must outlive each closing.
   [panel setReleasedWhenClosed:NO];
   KeepOnScreenWhenInactive(panel);
@@ -82,7 +82,7 @@ static NSArray *TextsAsStrings(const velmar::PanelTexts &texts) {
   // when the item is added, and not when a view is set later.
   [myTabView addTabViewItem:imageItem];
   [myTabView addTabViewItem:environmentItem];
-  [self chainFieldsForTab];
+  [myTabView setDelegate:self];
 
   NSView *content = [window contentView];
   for (NSView *view in @[ presetHeading, myTabView, myPresetCombo, m_pButton, m_cButton ])
@@ -90,12 +90,16 @@ static NSArray *TextsAsStrings(const velmar::PanelTexts &texts) {
 
   [self imageSizeEnableDisable:NO];
   [self imageSaveEnableDisable:NO];
+  [self focusFirstControlOfShownTab];
   return self;
 }
 
 - (void)showPanel {
   [window setLevel:CGWindowLevelForKey(kCGModalPanelWindowLevelKey)];
   [self showWindow:nil];
+  // A panel that opens with nothing focused would ignore every key until a click.
+  if (![self focusedControl])
+    [self focusFirstControlOfShownTab];
   isOpen = YES;
 }
 
@@ -104,17 +108,6 @@ static NSArray *TextsAsStrings(const velmar::PanelTexts &texts) {
   // whichever AppKit would report closing a closed window again.
   if (isOpen)
     [self close];
-}
-
-// The toolkit chains a tab's views for Tab in the order of their frames, which
-// puts the folder field, a little higher, between Width and Height: Tab goes
-// from Width to Height, then to the folder field, then on as before.
-- (void)chainFieldsForTab {
-  NSView *afterHeight = [myHeightValueText nextKeyView];
-  [myWidthValueText setNextKeyView:myHeightValueText];
-  [myHeightValueText setNextKeyView:mySaveLocText];
-  if (afterHeight != mySaveLocText)
-    [mySaveLocText setNextKeyView:afterHeight];
 }
 
 - (void)windowWillClose:(NSNotification *)notification {

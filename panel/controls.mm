@@ -17,7 +17,9 @@ static NSRect CentredRect(NSRect frame, CGFloat height) {
 
 @implementation VOPCentredSliderCell
 - (void)drawWithFrame:(NSRect)frame inView:(NSView *)view {
-  [super drawWithFrame:CentredRect(frame, NaturalSliderHeight(self)) inView:view];
+  NSRect bar = CentredRect(frame, NaturalSliderHeight(self));
+  [super drawWithFrame:bar inView:view];
+  DrawMissingSliderFocusRing(self, bar, view);
 }
 @end
 
@@ -57,6 +59,23 @@ static NSRect CentredRect(NSRect frame, CGFloat height) {
 + (Class)cellClass {
   return [VOPCentredButtonCell class];
 }
+@end
+
+@interface VOPCheckBox : NSButton
+@end
+
+@implementation VOPCheckBox
+#ifdef GNUSTEP
+// GNUstep's button highlights for Space (performClick:) by drawing the cell
+// straight onto the window, over the last drawing and without the background
+// behind it: a tick going off stays drawn, and the title is drawn again over
+// itself, darker each time. Redrawing the box through its view draws what
+// lies beneath it first.
+- (void)highlight:(BOOL)flag {
+  [[self cell] setHighlighted:flag];
+  [self setNeedsDisplay:YES];
+}
+#endif
 @end
 
 static NSString *Decoded(const char *bytes, size_t length) {
@@ -118,7 +137,7 @@ NSButton *MakePushButton(NSRect frame, NSString *title, id target, SEL action, B
 }
 
 NSButton *MakeCheckBox(NSRect frame, NSString *title, id target) {
-  NSButton *box = [[[NSButton alloc] initWithFrame:frame] autorelease];
+  NSButton *box = [[[VOPCheckBox alloc] initWithFrame:frame] autorelease];
   SetButtonLook(box, title);
   [box sizeToFit];
   [box setTarget:target];

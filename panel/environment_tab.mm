@@ -41,6 +41,11 @@ using namespace velmar;
   NSButton *reset = MakePushButton(NSMakeRect(95, 0, 95, 30), [texts objectAtIndex:kResetButton],
                                    self, @selector(onResetClicked), NO);
 
+  // The left column top to bottom, then the right one.
+  environmentKeyOrder = [@[
+    matrix, myIntensitySlider, myExposureSlider, reset, mySOLCButton, myCausticsCButton,
+    myClayCButton, myIBCButton, myTCCButton, myAMCButton
+  ] retain];
   return @[
     separator, optionsHeading, mySOLCButton, myCausticsCButton, myClayCButton, myIBCButton,
     myTCCButton, myAMCButton, backgroundHeading, matrix, brightnessHeading, intensityLabel,

@@ -75,8 +75,15 @@ static int32_t Doubled(int32_t height) {
     [self onHeightValue];
 }
 
+// A pick sends the combo box's action, the item already shown included. The
+// notice alone runs the rule only for an item other than the one shown: GNUstep
+// also reports the shown item when its list opens, and a list closed without a
+// pick must leave what the user typed.
 - (void)comboBoxSelectionDidChange:(NSNotification *)notification {
-  if ([notification object] == mySizeCombo && !selectingSizeItem)
+  if ([notification object] != mySizeCombo || selectingSizeItem)
+    return;
+  id shown = [[mySizeCombo cell] objectValue];
+  if ([mySizeCombo indexOfSelectedItem] != [mySizeCombo indexOfItemWithObjectValue:shown])
     [self onSizeComboBoxSelected];
 }
 

@@ -74,6 +74,11 @@ static NSArray *SizeItems() {
   myDirButton =
       MakePushButton(NSMakeRect(340, 10, 40, 40), @"...", self, @selector(onDirClicked), NO);
   [controls addObject:myDirButton];
+  // The left column top to bottom, then the right one.
+  imageKeyOrder = [@[
+    aImageSizeMatrix, mySizeCombo, myWidthValueText, myHeightValueText, aImageTypeLMatrix,
+    myTransCButton, aISLMatrix, mySaveLocText, myDirButton
+  ] retain];
 
   return MakeContainer(NSMakeRect(10, 10, 400, 218), controls);
 }

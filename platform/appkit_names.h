@@ -11,6 +11,9 @@ static const NSBezelStyle NSBezelStyleRounded = NSRoundedBezelStyle;
 static const NSButtonType NSButtonTypeSwitch = NSSwitchButton;
 static const NSButtonType NSButtonTypeRadio = NSRadioButton;
 static const NSBitmapImageFileType NSBitmapImageFileTypePNG = NSPNGFileType;
+static const NSEventType NSEventTypeKeyDown = NSKeyDown;
+static const NSEventModifierFlags NSEventModifierFlagShift = NSShiftKeyMask;
+static const NSEventModifierFlags NSEventModifierFlagControl = NSControlKeyMask;
 #endif
 
 // The image types the application can read: AppKit names them by uniform type

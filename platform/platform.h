@@ -6,6 +6,10 @@
 
 #import "platform/appkit_names.h"
 
+#ifdef GNUSTEP
+#import <GNUstepGUI/GSTheme.h>
+#endif
+
 #include <signal.h>
 
 #ifdef GNUSTEP
@@ -23,6 +27,9 @@ static inline CGWindowLevel CGWindowLevelForKey(CGWindowLevelKey) {
 #ifdef GNUSTEP
 // GNUstep's combo box takes a text field delegate; Apple's names a protocol of its own.
 @protocol NSComboBoxDelegate <NSTextFieldDelegate>
+@end
+// GNUstep declares the tab view's delegate methods informally, with no protocol.
+@protocol NSTabViewDelegate <NSObject>
 @end
 #endif
 
@@ -47,6 +54,19 @@ static inline CGFloat NaturalSliderHeight(NSSliderCell *cell) {
   return 21;
 #else
   return [cell cellSize].height;
+#endif
+}
+
+// GNUstep's slider cell draws no focus ring, unlike its other cells and
+// AppKit's slider; this draws one around the bar when the slider has the focus.
+static inline void DrawMissingSliderFocusRing(NSSliderCell *cell, NSRect bar, NSView *view) {
+#ifdef GNUSTEP
+  if ([cell showsFirstResponder] && [[view window] isKeyWindow])
+    [[GSTheme theme] drawFocusFrame:bar view:view];
+#else
+  (void)cell;
+  (void)bar;
+  (void)view;
 #endif
 }
 
