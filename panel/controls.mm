@@ -61,18 +61,34 @@ static NSRect CentredRect(NSRect frame, CGFloat height) {
 }
 @end
 
+// GNUstep's button takes Space (performClick:) by drawing its cell straight
+// onto the window, lit and then unlit, over the last drawing and without what
+// lies beneath: a tick going off stays drawn, and the title is drawn over
+// itself, darker each time. The box's cell instead has its view redrawn, which
+// draws the background beneath it first.
+@interface VOPCheckBoxCell : NSButtonCell
+@end
+
+@implementation VOPCheckBoxCell
+#ifdef GNUSTEP
+- (void)highlight:(BOOL)flag withFrame:(NSRect)frame inView:(NSView *)view {
+  [self setHighlighted:flag];
+  [view setNeedsDisplayInRect:frame];
+}
+#endif
+@end
+
 @interface VOPCheckBox : NSButton
 @end
 
 @implementation VOPCheckBox
++ (Class)cellClass {
+  return [VOPCheckBoxCell class];
+}
+
 #ifdef GNUSTEP
-// GNUstep's button highlights for Space (performClick:) by drawing the cell
-// straight onto the window, over the last drawing and without the background
-// behind it: a tick going off stays drawn, and the title is drawn again over
-// itself, darker each time. Redrawing the box through its view draws what
-// lies beneath it first.
-- (void)highlight:(BOOL)flag {
-  [[self cell] setHighlighted:flag];
+- (void)performClick:(id)sender {
+  [super performClick:sender];
   [self setNeedsDisplay:YES];
 }
 #endif

@@ -114,6 +114,9 @@ static BOOL CanTakeFocus(NSView *control) {
     [self onCloseClicked];
     return YES;
   }
+  NSView *focused = [self focusedControl];
+  if ((key == NSDownArrowFunctionKey || key == ' ') && [focused isKindOfClass:[NSComboBox class]])
+    return OpenComboListFromKey((NSComboBox *)focused);
   if (key != kTabKey && key != kBackTabKey)
     return NO;
   if (flags & NSEventModifierFlagControl)

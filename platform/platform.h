@@ -70,6 +70,22 @@ static inline void DrawMissingSliderFocusRing(NSSliderCell *cell, NSRect bar, NS
 #endif
 }
 
+// GNUstep's non-editable combo box opens its list only for a click on its
+// button, so a person at the keyboard could never pick an item: a key opens it
+// the way that button does. AppKit's combo box handles its keys itself (NO).
+static inline BOOL OpenComboListFromKey(NSComboBox *combo) {
+#ifdef GNUSTEP
+  SEL open = NSSelectorFromString(@"_didClickWithinButton:");
+  if (![[combo cell] respondsToSelector:open])
+    return NO;
+  [[combo cell] performSelector:open withObject:combo];
+  return YES;
+#else
+  (void)combo;
+  return NO;
+#endif
+}
+
 // GNUstep looks an image name up under every file type its image classes
 // know, and with ImageMagick's some 250 types the first use of each control
 // image (check box, radio button, ...) costs 20-40 ms of path searches. The

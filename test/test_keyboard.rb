@@ -1,0 +1,153 @@
+require_relative "test_helper"
+require_relative "real_input_session"
+
+# A person with only the keyboard, from the panel's first appearance; and the
+# size list opened and closed without a pick.
+class KeyboardTest < Minitest::Test
+  include RealInputSession
+
+  # The plugin watches the panel while the person works: it prints which
+  # control has the focus each time that changes, and the Clay box's state.
+  PLUGIN = <<~RUBY.freeze
+    panel.set_output_dimensions("fixed", 1280, 720, 640, 480)
+    panel.set_output_directory("custom", "/renders")
+    panel.show
+    driver.choose_tab(1)
+    points = { "clay" => driver.screen_point(:myClayCButton, nil),
+               "clay_frame" => driver.control(:myClayCButton)[:drawn_in_window] }
+    driver.choose_tab(0)
+    points.update("size_list" => driver.screen_point(:mySizeCombo, nil),
+                  "size_frame" => driver.control(:mySizeCombo)[:drawn_in_window],
+                  "ok" => driver.screen_point(:m_pButton, nil))
+    #{WAIT_UNTIL_ACTIVE}
+    puts JSON.dump(["points", points])
+    seen = nil
+    clay = nil
+    deadline = Time.now + #{LIMIT}
+    while driver.window_state[:visible] && Time.now < deadline
+      driver.process_events
+      focus = driver.focused
+      puts JSON.dump(["focus", focus]) if focus != seen
+      seen = focus
+      state = driver.control(:myClayCButton)[:state]
+      puts JSON.dump(["clay", state]) if clay && state != clay
+      clay = state
+      sleep 0.01
+    end
+  RUBY
+
+  IMAGE_TAB_ROUND = %w[mySizeCombo myWidthValueText myHeightValueText aImageTypeLMatrix myTransCButton
+                       aISLMatrix mySaveLocText myDirButton m_pButton m_cButton myPresetCombo
+                       aImageSizeMatrix].freeze
+  ENVIRONMENT_TAB_ROUND = %w[myIntensitySlider myExposureSlider Reset mySOLCButton myCausticsCButton
+                             myClayCButton myIBCButton myTCCButton myAMCButton m_pButton m_cButton
+                             myPresetCombo matrix].freeze
+
+  def setup
+    start_session(PLUGIN)
+    @points = points_once_shown
+  end
+
+  def teardown
+    stop_session
+  end
+
+  def test_tab_round_both_tabs_space_on_a_box_and_ok
+    assert_equal %w[focus aImageSizeMatrix], next_line, "the panel opens with the focus on its first control"
+    assert_equal IMAGE_TAB_ROUND, IMAGE_TAB_ROUND.map { focus_after("Tab") }
+    assert_equal "myPresetCombo", focus_after("shift+Tab")
+    assert_equal "matrix", focus_after("ctrl+Tab"), "the focus follows into the Environment tab"
+    assert_equal ENVIRONMENT_TAB_ROUND, ENVIRONMENT_TAB_ROUND.map { focus_after("Tab") }
+    5.times { focus_after("Tab") }
+    assert_equal "myClayCButton", focus_after("Tab")
+
+    box = box_rect
+    unticked = screen_pixels(box)
+    xdotool("key", "space")
+    assert_equal ["clay", 1], next_line
+    assert wait_for_screen(box) { |pixels| pixels != unticked }, "the tick is drawn"
+    xdotool("key", "space")
+    assert_equal ["clay", 0], next_line
+    assert wait_for_screen(box) { |pixels| pixels == unticked }, "the box looks as before it was ticked"
+    xdotool("key", "space")
+    assert_equal ["clay", 1], next_line
+
+    assert_equal "aImageSizeMatrix", focus_after("ctrl+shift+Tab")
+    assert_equal %w[myPresetCombo m_cButton m_pButton], Array.new(3) { focus_after("shift+Tab") }
+    xdotool("key", "space")
+    events = events_until_close
+    assert_equal %w[preset_changed output_changed environment_changed options_changed close], events.map(&:first)
+    assert_equal ["default", 1, 0, 0, 50, 50], events.assoc("environment_changed").last
+    assert_equal %w[fixed 1280 720], events.assoc("output_changed").last.first(3)
+  end
+
+  def test_escape_while_a_field_is_edited_closes_as_close
+    next_line
+    focus_after("Tab")
+    assert_equal "myWidthValueText", focus_after("Tab")
+    xdotool("type", "--delay", "40", "2048")
+    xdotool("key", "Escape")
+    assert_equal [["close", [1.0]]], events_until_close
+  end
+
+  def test_the_size_list_closed_without_a_pick_keeps_typed_values_and_a_key_picks
+    next_line
+    focus_after("Tab")
+    focus_after("Tab")
+    xdotool("type", "--delay", "40", "2048")
+    assert_equal "myHeightValueText", focus_after("Tab")
+    xdotool("type", "--delay", "40", "567")
+    x, y = @points["size_list"]
+    button = [(x + @points["size_frame"][2] / 2 - 6).round, y]
+    # Its button again, a click elsewhere, Escape: each closes the list.
+    click(button, hold: 0.1)
+    click(button, hold: 0.1)
+    click(button, hold: 0.1)
+    click([(x - @points["size_frame"][2] / 2 - 20).round, y], hold: 0.1)
+    click(button, hold: 0.1)
+    xdotool("key", "Escape")
+    click(@points["ok"])
+    assert_equal %w[fixed 2048 567], output_reported.first(3), "what the user typed is kept"
+  end
+
+  def test_keys_open_the_size_list_and_pick_from_it
+    next_line
+    assert_equal "mySizeCombo", focus_after("Tab")
+    # Custom is shown: Down opens the list at it, twice more reaches 640 x 480.
+    # The keys queue up while the list opens; its own loop reads them in turn.
+    xdotool("key", "Down", "Down", "Down", "Return")
+    click(@points["ok"])
+    assert_equal %w[fixed 640 480], output_reported.first(3)
+  end
+
+  private
+
+  def focus_after(key)
+    xdotool("key", key)
+    kind, name = next_line
+    assert_equal "focus", kind
+    name
+  end
+
+  def output_reported
+    events = events_until_close.reject { |event| event.first == "focus" }
+    events.assoc("output_changed").last
+  end
+
+  # The Clay box as the X server shows it, on whole pixels.
+  def box_rect
+    x, y = @points["clay"]
+    width, height = @points["clay_frame"][2, 2]
+    [(x - width / 2).floor, (y - height / 2).floor, width.ceil, height.ceil]
+  end
+
+  # Whether the screen comes to show what the block looks for within the time limit.
+  def wait_for_screen(rect)
+    deadline = Time.now + LIMIT
+    until yield(screen_pixels(rect))
+      return false if Time.now > deadline
+      sleep 0.05
+    end
+    true
+  end
+end
