@@ -19,7 +19,7 @@ static NSRect CentredRect(NSRect frame, CGFloat height) {
 - (void)drawWithFrame:(NSRect)frame inView:(NSView *)view {
   NSRect bar = CentredRect(frame, NaturalSliderHeight(self));
   [super drawWithFrame:bar inView:view];
-  DrawMissingSliderFocusRing(self, bar, view);
+  DrawMissingSliderFocusRing(bar, view);
 }
 @end
 
@@ -27,6 +27,20 @@ static NSRect CentredRect(NSRect frame, CGFloat height) {
 + (Class)cellClass {
   return [VOPCentredSliderCell class];
 }
+
+#ifdef GNUSTEP
+// GNUstep's slider does not redraw when the focus comes or goes, so the ring
+// that its cell draws for the focus would neither show nor go.
+- (BOOL)becomeFirstResponder {
+  [self setNeedsDisplay:YES];
+  return [super becomeFirstResponder];
+}
+
+- (BOOL)resignFirstResponder {
+  [self setNeedsDisplay:YES];
+  return [super resignFirstResponder];
+}
+#endif
 
 - (NSRect)trackFrame {
   return CentredRect([self frame], NaturalSliderHeight([self cell]));

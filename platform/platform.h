@@ -58,13 +58,14 @@ static inline CGFloat NaturalSliderHeight(NSSliderCell *cell) {
 }
 
 // GNUstep's slider cell draws no focus ring, unlike its other cells and
-// AppKit's slider; this draws one around the bar when the slider has the focus.
-static inline void DrawMissingSliderFocusRing(NSSliderCell *cell, NSRect bar, NSView *view) {
+// AppKit's slider; this draws one around the bar when the slider has the focus
+// (the slider redraws itself when it gains or loses it).
+static inline void DrawMissingSliderFocusRing(NSRect bar, NSView *view) {
 #ifdef GNUSTEP
-  if ([cell showsFirstResponder] && [[view window] isKeyWindow])
-    [[GSTheme theme] drawFocusFrame:bar view:view];
+  if ([[view window] firstResponder] == view && [[view window] isKeyWindow])
+    // Around the bar rather than on its dark edge, where a dotted line would not show.
+    [[GSTheme theme] drawFocusFrame:NSInsetRect(bar, 1, -3) view:view];
 #else
-  (void)cell;
   (void)bar;
   (void)view;
 #endif
