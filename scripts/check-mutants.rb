@@ -465,14 +465,15 @@ class Workspace
     nil
   end
 
+  # TERM lets with-display.sh stop the X server and daemons it started.
   def stop_group(pid)
-    Process.kill("TERM", -pid)
-    sleep 2
-    Process.kill("KILL", -pid)
-  rescue Errno::ESRCH
-    nil
-  ensure
-    Process.wait(pid) rescue nil # rubocop:disable Style/RescueModifier
+    %w[TERM KILL].each do |signal|
+      Process.kill(signal, -pid)
+      sleep 2
+    rescue Errno::ESRCH
+      break
+    end
+    Process.wait(pid)
   end
 
   def why_failed(status, log)
