@@ -610,7 +610,7 @@ class MutationRun
       results[:known].each { |mutant, why| puts "  #{mutant.describe}\n    #{why}" }
     end
     percent = counted - known > 0 ? 100.0 * killed / (counted - known) : 100.0
-    puts format("Score: %d of %d mutants killed (%.1f%%), not counting %d known survivors; " \
+    puts format("Score: %d of %d mutants killed (%.1f%%), not counting %d known survivor(s); " \
                 "%d did not build and %d left the compiled code unchanged (not counted).",
                 killed, counted - known, percent, known, results[:unbuilt].size, results[:unchanged].size)
     puts "replay with: ruby scripts/check-mutants.rb --key #{@options[:key]} --count #{@options[:count]}"
