@@ -381,8 +381,6 @@ end
 
 # The copy of the sources and its build directory under build-mutants/.
 class Workspace
-  attr_reader :dir, :src, :build, :logs
-
   def initialize(dir, ruby)
     @dir = dir
     @src = File.join(dir, "src")
@@ -421,13 +419,17 @@ class Workspace
     File.write(File.join(@src, file), text)
   end
 
-  def build_log(name)
-    log = File.join(@logs, "#{name}-build.log")
-    configure = ["cmake", "-S", @src, "-B", @build, "-DCMAKE_BUILD_TYPE=RelWithDebInfo",
-                 "-DRUBY_EXECUTABLE=#{@ruby}"]
-    ok = system(*configure, out: log, err: log) &&
-         system("cmake", "--build", @build, "-j2", out: [log, "a"], err: [log, "a"])
+  # Configures the build directory for the copy, as `make build` does.
+  def configure
+    log = File.join(@logs, "configure.log")
+    ok = system("cmake", "-S", @src, "-B", @build, "-DCMAKE_BUILD_TYPE=RelWithDebInfo",
+                "-DRUBY_EXECUTABLE=#{@ruby}", out: log, err: log)
     [ok, log]
+  end
+
+  def build(name)
+    log = File.join(@logs, "#{name}-build.log")
+    [system("cmake", "--build", @build, "-j2", out: log, err: log), log]
   end
 
   def products_digest
@@ -534,7 +536,8 @@ class MutationRun
 
   def baseline
     started = now
-    ok, log = @workspace.build_log("original")
+    ok, log = @workspace.configure
+    ok, log = @workspace.build("original") if ok
     abort "check-mutants: the unmutated sources do not build; see #{log}" unless ok
     @digest = @workspace.products_digest
     built = now
@@ -576,7 +579,7 @@ class MutationRun
 
   def judge(mutant, number)
     name = format("%03d", number)
-    ok, = @workspace.build_log(name)
+    ok, = @workspace.build(name)
     return [:unbuilt] unless ok
     return [:unchanged] if @workspace.products_digest == @digest
 
