@@ -96,6 +96,7 @@ static NSArray *TextsAsStrings(const velmar::PanelTexts &texts) {
 - (void)showPanel {
   [window setLevel:CGWindowLevelForKey(kCGModalPanelWindowLevelKey)];
   [self showWindow:nil];
+  KeepAboveOtherWindows(window);
   isOpen = YES;
 }
 

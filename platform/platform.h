@@ -92,6 +92,13 @@ static inline void EnsureApplicationObject() {
 #ifdef GNUSTEP
   [NSTask class];
   ShortImageSearch imageSearch;
+  // GNUstep shows its application icon in a window of its own, which a window
+  // manager lists and places beside the panel. An application object of ours
+  // goes without one unless the user's defaults ask for it; a host's own is
+  // left as the host made it.
+  if (!NSApp)
+    [[NSUserDefaults standardUserDefaults]
+        registerDefaults:@{@"GSSuppressAppIcon" : [NSNumber numberWithBool:YES]}];
   [NSApplication sharedApplication];
 #endif
 }
@@ -111,6 +118,14 @@ static inline void DropFinishedTimers() {
   [[NSRunLoop currentRunLoop] limitDateForMode:NSModalPanelRunLoopMode];
 #endif
 }
+
+// The modal-panel level keeps the panel above other windows on AppKit; under
+// an X window manager the panel asks for it (platform/window_manager.mm).
+void KeepAboveOtherWindows(NSWindow *window);
+
+// Brings the folder chooser on screen over the panel, where a window manager
+// keeps it above the panel and may close it as a cancel; runModal then runs it.
+void ShowChooserOver(NSSavePanel *chooser, NSWindow *panel);
 
 // Without a window manager GNUstep takes the application to be inactive
 // whenever one of its windows goes off screen (a closed panel, a folder
