@@ -37,6 +37,16 @@ static inline CGWindowLevel CGWindowLevelForKey(CGWindowLevelKey) {
 @compatibility_alias PanelTabView NSTabView;
 #endif
 
+// GNUstep draws a radio button's title two points after its circle, and a
+// letter that reaches to the left, as the J of "JPEG" does, touches the
+// circle; this cell leaves the title a little more room, as AppKit does.
+#ifdef GNUSTEP
+@interface RadioButtonCell : NSButtonCell
+@end
+#else
+@compatibility_alias RadioButtonCell NSButtonCell;
+#endif
+
 // GNUstep draws a slider's bar over the whole of a tall frame; AppKit draws a
 // regular horizontal slider without tick marks 21 points high, whatever the frame.
 static inline CGFloat NaturalSliderHeight(NSSliderCell *cell) {
