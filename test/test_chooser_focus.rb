@@ -1,6 +1,5 @@
 require_relative "test_helper"
 require_relative "x_session"
-require "tmpdir"
 
 # On a bare X server, with no window manager to hand the focus on, the panel
 # must take the keys back itself when the folder chooser closes.
@@ -14,15 +13,11 @@ class ChooserFocusTest < Minitest::Test
   RUBY
 
   def setup
-    @folder = Dir.mktmpdir("chooser-focus")
-    @plugin = File.join(@folder, "plugin.rb")
-    File.write(@plugin, PLUGIN)
-    @display = start_x_server
+    start_session("chooser-focus", PLUGIN)
   end
 
   def teardown
-    stop_processes(@host_pid, @xvfb_pid)
-    FileUtils.rm_rf(@folder)
+    end_session
   end
 
   def test_the_panel_has_the_keys_once_the_chooser_is_cancelled

@@ -1,6 +1,5 @@
 require_relative "test_helper"
 require_relative "x_session"
-require "tmpdir"
 
 # A person at the screen: the reference host runs a plugin on an X server of
 # the test's own, and xdotool moves the pointer, presses, types and drags as a
@@ -27,15 +26,11 @@ class RealInputTest < Minitest::Test
   RUBY
 
   def setup
-    @folder = Dir.mktmpdir("real-input")
-    @plugin = File.join(@folder, "plugin.rb")
-    File.write(@plugin, PLUGIN)
-    @display = start_x_server
+    start_session("real-input", PLUGIN)
   end
 
   def teardown
-    stop_processes(@host_pid, @xvfb_pid)
-    FileUtils.rm_rf(@folder)
+    end_session
   end
 
   def test_a_person_sets_size_options_and_brightness_and_presses_ok

@@ -1,6 +1,5 @@
 require_relative "test_helper"
 require_relative "x_session"
-require "tmpdir"
 
 # A Linux desktop user's session: a real window manager (Debian's openbox) on
 # an X server of the test's own, and GNUstep's default settings, with which
@@ -18,20 +17,18 @@ class WindowManagerTest < Minitest::Test
   RUBY
 
   def setup
-    @folder = Dir.mktmpdir("window-manager")
+    start_session("window-manager", PLUGIN)
     @renders = File.join(@folder, "renders")
     Dir.mkdir(@renders)
-    @plugin = File.join(@folder, "plugin.rb")
-    File.write(@plugin, PLUGIN)
     @config = default_settings
-    @display = start_x_server
-    @wm_pid = spawn(environment, "openbox", "--sm-disable", %i[out err] => File::NULL)
-    wait_for("the window manager to start") { system(environment, "wmctrl", "-m", %i[out err] => File::NULL) }
+    log = File.join(@folder, "openbox.log")
+    @wm_pid = spawn(environment, "openbox", "--sm-disable", %i[out err] => log)
+    poll { system(environment, "wmctrl", "-m", %i[out err] => File::NULL) } or
+      flunk("the window manager did not start: #{File.read(log)}")
   end
 
   def teardown
-    stop_processes(@host_pid, @other_pid, @wm_pid, @xvfb_pid)
-    FileUtils.rm_rf(@folder)
+    end_session(@other_pid, @wm_pid)
   end
 
   def test_the_window_managers_close_on_the_panel_gives_one_close
@@ -156,12 +153,16 @@ class WindowManagerTest < Minitest::Test
   end
 
   # Polls until the block gives a true value, which it returns.
-  def wait_for(what)
+  def wait_for(what, &block)
+    poll(&block) or flunk("waited #{LIMIT} s for #{what}")
+  end
+
+  # The block's first true value within the time limit, or nil.
+  def poll
     deadline = Time.now + LIMIT
     loop do
       result = yield
-      return result if result
-      flunk("waited #{LIMIT} s for #{what}") if Time.now > deadline
+      return result if result || Time.now > deadline
       sleep 0.05
     end
   end

@@ -1,4 +1,6 @@
+require "fileutils"
 require "json"
+require "tmpdir"
 
 # A person at an X server of the test's own: the reference host runs a plugin
 # there, the plugin prints where the panel's controls are and each event as
@@ -36,6 +38,20 @@ module XSession
     panel = Velmar::OptionsPanelWindow.new(OptionsPanelTexts::EN)
     panel.observe(Printer.new)
   RUBY
+
+  # A folder of the test's own with the plugin in it, and an X server.
+  def start_session(name, plugin)
+    @folder = Dir.mktmpdir(name)
+    @plugin = File.join(@folder, "plugin.rb")
+    File.write(@plugin, plugin)
+    @display = start_x_server
+  end
+
+  # Ends the host, the other processes given and the X server, and removes the folder.
+  def end_session(*pids)
+    stop_processes(@host_pid, *pids, @xvfb_pid)
+    FileUtils.rm_rf(@folder)
+  end
 
   # Lets the server pick a free display, so that parallel runs never share one.
   def start_x_server
