@@ -48,7 +48,7 @@ using namespace velmar;
   }
   if ([chooser runModal] == NSModalResponseOK)
     [mySaveLocText setStringValue:[[chooser URL] path]];
-  [window makeKeyAndOrderFront:nil];
+  TakeKeysBackAfterChooser(window);
 }
 
 - (void)setFormat:(ImageFormat)format tickingTransparency:(BOOL)tick {

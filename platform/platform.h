@@ -137,6 +137,17 @@ void KeepAboveOtherWindows(NSWindow *window);
 // keeps it above the panel and may close it as a cancel; runModal then runs it.
 void ShowChooserOver(NSSavePanel *chooser, NSWindow *panel);
 
+// With no window manager to hand the focus on, GNUstep leaves no window with
+// the keys once a modal chooser closes; the panel, if still open, takes them.
+static inline void TakeKeysBackAfterChooser(NSWindow *panel) {
+#ifdef GNUSTEP
+  if ([panel isVisible])
+    [panel makeKeyAndOrderFront:nil];
+#else
+  (void)panel;
+#endif
+}
+
 // Without a window manager GNUstep takes the application to be inactive
 // whenever one of its windows goes off screen (a closed panel, a folder
 // chooser), and a panel that hides on deactivation would vanish with it.
