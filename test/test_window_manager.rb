@@ -41,6 +41,14 @@ class WindowManagerTest < Minitest::Test
     assert_empty @printed.grep(/^\[/).drop(2), "one close and nothing after it"
   end
 
+  def test_a_plain_ruby_shows_the_panel_without_an_application_icon
+    script = File.join(@folder, "plain.rb")
+    # Nothing runs the toolkit's events in a plain ruby but the script itself.
+    File.write(script, PLUGIN + "deadline = Time.now + #{LIMIT}\ndriver.process_events while Time.now < deadline\n")
+    program_points(RbConfig.ruby, "-I", BUILD_DIR, script, @renders)
+    assert_equal [TEXTS["opt-window-title"]], client_list.map(&:last)
+  end
+
   def test_the_window_managers_close_on_the_folder_chooser_is_a_cancel
     points = start_host
     listed = client_list.map(&:first)

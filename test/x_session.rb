@@ -78,8 +78,13 @@ module XSession
   # Starts the host on the plugin and returns where the plugin says the
   # controls are; the rest of the host's output is read with #next_line.
   def host_points(plugin, *arguments)
+    program_points(HOST, "--timeout", LIMIT.to_s, plugin, *arguments)
+  end
+
+  # The same for any program that runs a plugin, a plain ruby for one.
+  def program_points(*command)
     @output, writer = IO.pipe
-    @host_pid = spawn(environment, HOST, "--timeout", LIMIT.to_s, plugin, *arguments, out: writer, err: writer)
+    @host_pid = spawn(environment, *command, out: writer, err: writer)
     writer.close
     kind, points = next_line
     assert_equal "points", kind
