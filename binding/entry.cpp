@@ -1,5 +1,6 @@
+#include "binding/exports.h"
 #include "binding/method_table.h"
 
-extern "C" __attribute__((visibility("default"))) void Init_OptionsPanel() {
+void Init_OptionsPanel() {
   velmar::_options_panel_define();
 }

@@ -2,9 +2,9 @@
 // held until it can go on.
 #pragma once
 
-#include <ruby.h>
+#include "binding/exports.h"
 
-#include <dlfcn.h>
+#include <ruby.h>
 
 namespace velmar {
 
@@ -45,20 +45,14 @@ void settle_stale_jump();
 
 } // namespace velmar
 
-// For the driver and a host's event loop, which reach the extension only
-// through the symbols it exports: call between toolkit stretches, with no
-// toolkit frame on the stack.
-extern "C" __attribute__((visibility("default"))) void OptionsPanel_resume_held_jump();
-
 namespace velmar {
 
-// The same from the driver or a host's event loop, which don't link the
-// extension: the extension, if loaded, lets its held jump go on.
+// resume_held_jump from the driver or a host's event loop, which don't link
+// the extension: the extension, if loaded, lets its held jump go on.
 inline void resume_options_panel_jump() {
-  using Resume = void (*)();
-  static Resume resume = nullptr;
+  static decltype(&OptionsPanel_resume_held_jump) resume = nullptr;
   if (!resume)
-    resume = reinterpret_cast<Resume>(dlsym(RTLD_DEFAULT, "OptionsPanel_resume_held_jump"));
+    resume = OPTIONS_PANEL_FIND(OptionsPanel_resume_held_jump);
   if (resume)
     resume();
 }

@@ -4,6 +4,7 @@
 // handler raise, either the toolkit's failure or an observer's exception.
 #pragma once
 
+#include "binding/exports.h"
 #include "binding/jump.h"
 #include "panel/panel_api.h"
 
@@ -52,11 +53,3 @@ inline VALUE raise_or_true(VALUE exception) {
 void ensure_panel();
 
 } // namespace velmar
-
-// For the driver, which reaches the extension only through the symbols it
-// exports: runs a user's action as a script call runs, its observers'
-// exceptions held rather than reported; returns the first, or Qnil. Call with
-// no toolkit frame on the stack: a jump left stale by an earlier action goes
-// on first.
-extern "C" __attribute__((visibility("default"))) VALUE
-OptionsPanel_hold_observer_errors(void (*action)(void *), void *context);

@@ -9,14 +9,9 @@
 #include <cstdarg>
 
 #include "binding/cxx_guard.h"
+#include "binding/exports.h"
 #include "binding/jump.h"
 #import "platform/platform.h"
-
-@interface NSObject (OptionsPanelController)
-+ (BOOL)isBuilt;
-+ (id)sharedController;
-- (void)processEvents;
-@end
 
 // A slider that draws, and takes presses, on a track narrower than its frame.
 @interface NSView (Track)
@@ -24,7 +19,7 @@
 @end
 
 // Answers the modal folder chooser from inside its session.
-@interface FolderChooserAnswer : NSObject {
+@interface VOPFolderChooserAnswer : NSObject {
 @public
   NSString *folder; // nil: cancel
   BOOL answered;
@@ -33,12 +28,12 @@
 - (void)giveUp;
 @end
 
-@implementation FolderChooserAnswer
+@implementation VOPFolderChooserAnswer
 - (void)answer {
   answered = YES;
   NSOpenPanel *chooser = [NSOpenPanel openPanel];
   if (folder) {
-    [chooser setDirectory:folder];
+    [chooser setDirectoryURL:[NSURL fileURLWithPath:folder isDirectory:YES]];
     [chooser ok:nil];
   } else {
     [chooser cancel:nil];
@@ -50,10 +45,15 @@
 }
 @end
 
-static FolderChooserAnswer *pendingAnswer = nil;
+static VOPFolderChooserAnswer *pendingAnswer = nil;
 
-static id Controller() {
-  Class cls = NSClassFromString(@"OptionsPanel");
+// The extension's controller class, or Nil while the extension is not loaded.
+static Class<VOPController> ControllerClass() {
+  return NSClassFromString(OPTIONS_PANEL_CONTROLLER_CLASS);
+}
+
+static id<VOPController> Controller() {
+  Class<VOPController> cls = ControllerClass();
   if (!cls || ![cls isBuilt])
     [NSException raise:@"PanelNotBuilt" format:@"the options panel has not been built"];
   return [cls sharedController];
@@ -94,7 +94,13 @@ static NSNumber *Flag(BOOL value) {
   return [NSNumber numberWithBool:value];
 }
 
-static NSArray *Rect(NSRect r) {
+// Both toolkits answer numberWithBool: with one of two shared objects. Their
+// objCType tells nothing: Apple's say "c" even where BOOL is _Bool ("B", arm64).
+static bool IsFlag(NSNumber *number) {
+  return number == Flag(YES) || number == Flag(NO);
+}
+
+static NSArray *RectArray(NSRect r) {
   return @[ @(r.origin.x), @(r.origin.y), @(r.size.width), @(r.size.height) ];
 }
 
@@ -105,7 +111,7 @@ static VALUE ToRuby(id object) {
     return rb_utf8_str_new_cstr([object UTF8String]);
   if ([object isKindOfClass:[NSNumber class]]) {
     const char *type = [object objCType];
-    if (strcmp(type, @encode(BOOL)) == 0)
+    if (IsFlag(object))
       return [object boolValue] ? Qtrue : Qfalse;
     if (strcmp(type, @encode(double)) == 0 || strcmp(type, @encode(float)) == 0)
       return rb_float_new([object doubleValue]);
@@ -169,14 +175,13 @@ template <typename Step> static void RunStep(void *context) {
 // reported on $stderr.
 static bool raisingObserverErrors = false;
 
-using HoldObserverErrors = VALUE (*)(void (*)(void *), void *);
+using HoldObserverErrors = decltype(&OptionsPanel_hold_observer_errors);
 
 // The extension's way to hold them, if it is loaded.
 static HoldObserverErrors ObserverErrorHolder() {
   static HoldObserverErrors hold = nullptr;
   if (!hold)
-    hold = reinterpret_cast<HoldObserverErrors>(
-        dlsym(RTLD_DEFAULT, "OptionsPanel_hold_observer_errors"));
+    hold = OPTIONS_PANEL_FIND(OptionsPanel_hold_observer_errors);
   return hold;
 }
 
@@ -499,7 +504,7 @@ static VALUE answer_folder_chooser(VALUE, VALUE folder, VALUE seconds) {
   double limit = NUM2DBL(seconds);
   return Drive([=] {
     [pendingAnswer release];
-    pendingAnswer = [[FolderChooserAnswer alloc] init];
+    pendingAnswer = [[VOPFolderChooserAnswer alloc] init];
     pendingAnswer->folder = path ? [[NSString alloc] initWithUTF8String:path] : nil;
     NSArray *modes = @[ NSModalPanelRunLoopMode ];
     [pendingAnswer performSelector:@selector(answer) withObject:nil afterDelay:0.05 inModes:modes];
@@ -547,10 +552,10 @@ static NSRect DrawnFrame(NSView *view) {
 static NSDictionary *Describe(NSView *view) {
   NSMutableDictionary *d = [NSMutableDictionary dictionary];
   [d setObject:KindOf(view) forKey:@"class"];
-  [d setObject:Rect([view frame]) forKey:@"frame"];
+  [d setObject:RectArray([view frame]) forKey:@"frame"];
   [d setObject:Flag([view window] != nil) forKey:@"in_window"];
   if ([view window])
-    [d setObject:Rect([[view superview] convertRect:DrawnFrame(view) toView:nil])
+    [d setObject:RectArray([[view superview] convertRect:DrawnFrame(view) toView:nil])
           forKey:@"drawn_in_window"];
   if (id text = TextOf(view))
     [d setObject:text forKey:@"text"];
@@ -618,7 +623,7 @@ static VALUE tabs(VALUE) {
         @"identifier" : [item identifier],
         @"label" : [item label],
         @"selected" : Flag(item == [tabView selectedTabViewItem]),
-        @"frame" : Rect([[item view] frame])
+        @"frame" : RectArray([[item view] frame])
       }];
     return (id)all;
   });
@@ -695,8 +700,8 @@ static VALUE window_state(VALUE) {
       @"active" : Flag([NSApp isActive]),
       @"level" : @([window level]),
       @"title" : [window title],
-      @"frame" : Rect([window frame]),
-      @"content" : Rect([[window contentView] frame]),
+      @"frame" : RectArray([window frame]),
+      @"content" : RectArray([[window contentView] frame]),
       @"style" : @([window styleMask]),
       @"panel" : Flag([window isKindOfClass:[NSPanel class]])
     };
@@ -705,7 +710,7 @@ static VALUE window_state(VALUE) {
 
 static VALUE built(VALUE) {
   return Drive([] {
-    Class cls = NSClassFromString(@"OptionsPanel");
+    Class<VOPController> cls = ControllerClass();
     return (id)Flag(cls && [cls isBuilt]);
   });
 }
@@ -713,7 +718,7 @@ static VALUE built(VALUE) {
 // The image file types the process can read: the host's, whatever the panel
 // does to find its own images faster.
 static VALUE image_types(VALUE) {
-  return Drive([] { return (id)[NSImage imageFileTypes]; });
+  return Drive([] { return (id)ReadableImageTypes(); });
 }
 
 // How many timers each mode of the main run loop holds, invalidated ones
@@ -753,11 +758,9 @@ static VALUE modal_panel_level(VALUE) {
 
 static NSNumber *SavePicture(NSView *view, const char *file) {
   [PanelWindow() display];
-  [view lockFocus];
-  NSBitmapImageRep *image =
-      [[[NSBitmapImageRep alloc] initWithFocusedViewRect:[view bounds]] autorelease];
-  [view unlockFocus];
-  NSData *png = [image representationUsingType:NSPNGFileType properties:@{}];
+  NSBitmapImageRep *image = [view bitmapImageRepForCachingDisplayInRect:[view bounds]];
+  [view cacheDisplayInRect:[view bounds] toBitmapImageRep:image];
+  NSData *png = [image representationUsingType:NSBitmapImageFileTypePNG properties:@{}];
   return Flag([png writeToFile:[NSString stringWithUTF8String:file] atomically:YES]);
 }
 

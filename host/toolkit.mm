@@ -11,10 +11,10 @@
 // A host's application has launched before any plugin runs; ours launches
 // too, but the words on our command line are a plugin and its arguments, never
 // documents to open.
-@interface HostApplicationDelegate : NSObject
+@interface VOPHostApplicationDelegate : NSObject <NSApplicationDelegate>
 @end
 
-@implementation HostApplicationDelegate
+@implementation VOPHostApplicationDelegate
 - (BOOL)application:(NSApplication *)application openFile:(NSString *)file {
   return YES;
 }
@@ -38,7 +38,7 @@ bool create_application() {
     @try {
       EnsureApplicationObject();
       // Never released: the application keeps its delegate for its whole life.
-      [NSApp setDelegate:[[HostApplicationDelegate alloc] init]];
+      [NSApp setDelegate:[[VOPHostApplicationDelegate alloc] init]];
       // Launching subscribes the application to its windows' key notices:
       // without it no window ever becomes its key window, and the back-end
       // drops every key the user presses.
@@ -65,7 +65,7 @@ std::string program_folder() {
 static bool panel_on_screen() {
   @autoreleasepool {
     for (NSWindow *window in [NSApp windows])
-      if ([window isVisible] && ([window styleMask] & NSTitledWindowMask))
+      if ([window isVisible] && ([window styleMask] & NSWindowStyleMaskTitled))
         return true;
     return false;
   }

@@ -81,7 +81,7 @@ static NSArray *TextsAsStrings(const velmar::PanelTexts &texts) {
                                          [texts objectAtIndex:velmar::kPresetLabel], headingFont);
   myPresetCombo = MakeComboBox(NSMakeRect(110, 280, 290, 26));
 
-  myTabView = [[[PanelTabView alloc] initWithFrame:NSMakeRect(10, 38, 400, 240)] autorelease];
+  myTabView = [[[VOPPanelTabView alloc] initWithFrame:NSMakeRect(10, 38, 400, 240)] autorelease];
   NSTabViewItem *imageItem = [[[NSTabViewItem alloc] initWithIdentifier:@"tab1"] autorelease];
   [imageItem setLabel:[texts objectAtIndex:velmar::kImageTabLabel]];
   NSTabViewItem *environmentItem = [[[NSTabViewItem alloc] initWithIdentifier:@"tab2"] autorelease];

@@ -10,9 +10,22 @@ static int32_t StateOf(NSButton *box) {
   return (int32_t)[box state];
 }
 
+@interface OptionsPanel (ApplyParts)
+- (void)sendChoices;
+@end
+
 @implementation OptionsPanel (Apply)
 
 - (void)onApplyClicked {
+  [self sendChoices];
+  // Only once the choices' texts are gone: where Objective-C exceptions are
+  // setjmp-based (32-bit macOS), one raised while closing would skip their
+  // destructors on its way to the caller's @catch.
+  [self closePanel];
+}
+
+// Reads the controls (which raise nothing) and tells the observers.
+- (void)sendChoices {
   // Read once, before any observer can change the list.
   NSInteger index = [myPresetCombo indexOfSelectedItem];
   std::string preset =
@@ -34,8 +47,6 @@ static int32_t StateOf(NSButton *box) {
 
   send_event("options_changed", {StateOf(myIBCButton), StateOf(myGCCButton), StateOf(myTCCButton),
                                  (int32_t)[myAMCButton intValue]});
-
-  [self closePanel];
 }
 
 @end

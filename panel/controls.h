@@ -19,7 +19,7 @@ NSComboBox *MakeComboBox(NSRect frame);
 NSBox *MakeSeparator(NSRect frame);
 NSSlider *MakeSlider(NSRect frame, id target);
 // A slider that answers presses on its drawn track only, not on the empty rest of its frame.
-@interface TrackSlider : NSSlider
+@interface VOPTrackSlider : NSSlider
 - (NSRect)trackFrame;
 @end
 

@@ -12,18 +12,18 @@ static NSRect CentredRect(NSRect frame, CGFloat height) {
 }
 
 // A slider draws its bar at its natural height, centred in a taller frame.
-@interface CentredSliderCell : NSSliderCell
+@interface VOPCentredSliderCell : NSSliderCell
 @end
 
-@implementation CentredSliderCell
+@implementation VOPCentredSliderCell
 - (void)drawWithFrame:(NSRect)frame inView:(NSView *)view {
   [super drawWithFrame:CentredRect(frame, NaturalSliderHeight(self)) inView:view];
 }
 @end
 
-@implementation TrackSlider
+@implementation VOPTrackSlider
 + (Class)cellClass {
-  return [CentredSliderCell class];
+  return [VOPCentredSliderCell class];
 }
 
 - (NSRect)trackFrame {
@@ -41,21 +41,21 @@ static NSRect CentredRect(NSRect frame, CGFloat height) {
 
 // A push button draws its bezel at its natural height, centred in a taller
 // frame, rather than as a pill or circle as tall as the frame.
-@interface CentredButtonCell : NSButtonCell
+@interface VOPCentredButtonCell : NSButtonCell
 @end
 
-@implementation CentredButtonCell
+@implementation VOPCentredButtonCell
 - (void)drawWithFrame:(NSRect)frame inView:(NSView *)view {
   [super drawWithFrame:CentredRect(frame, [self cellSize].height) inView:view];
 }
 @end
 
-@interface PushButton : NSButton
+@interface VOPPushButton : NSButton
 @end
 
-@implementation PushButton
+@implementation VOPPushButton
 + (Class)cellClass {
-  return [CentredButtonCell class];
+  return [VOPCentredButtonCell class];
 }
 @end
 
@@ -102,13 +102,13 @@ NSTextField *MakeLabel(NSRect frame, NSString *text, NSFont *font) {
 
 static void SetButtonLook(NSButton *button, NSString *title) {
   [button setTitle:title];
-  [button setBezelStyle:NSRoundedBezelStyle];
+  [button setBezelStyle:NSBezelStyleRounded];
   [button setBordered:YES];
-  [button setAlignment:NSCenterTextAlignment];
+  [button setAlignment:NSTextAlignmentCenter];
 }
 
 NSButton *MakePushButton(NSRect frame, NSString *title, id target, SEL action, BOOL fitted) {
-  NSButton *button = [[[PushButton alloc] initWithFrame:frame] autorelease];
+  NSButton *button = [[[VOPPushButton alloc] initWithFrame:frame] autorelease];
   SetButtonLook(button, title);
   [button setTarget:target];
   [button setAction:action];
@@ -122,7 +122,7 @@ NSButton *MakeCheckBox(NSRect frame, NSString *title, id target) {
   SetButtonLook(box, title);
   [box sizeToFit];
   [box setTarget:target];
-  [box setButtonType:NSSwitchButton];
+  [box setButtonType:NSButtonTypeSwitch];
   return box;
 }
 
@@ -143,7 +143,7 @@ NSBox *MakeSeparator(NSRect frame) {
 }
 
 NSSlider *MakeSlider(NSRect frame, id target) {
-  NSSlider *slider = [[[TrackSlider alloc] initWithFrame:frame] autorelease];
+  NSSlider *slider = [[[VOPTrackSlider alloc] initWithFrame:frame] autorelease];
   [slider setMinValue:0.0];
   [slider setMaxValue:100.0];
   [slider setTarget:target];
@@ -160,8 +160,8 @@ NSView *MakeContainer(NSRect frame, NSArray *subviews) {
 
 NSMatrix *MakeRadioGroup(NSRect frame, int rows, int columns, NSArray *titles,
                          const RadioGeometry *geometry, id target, SEL action) {
-  NSButtonCell *prototype = [[[RadioButtonCell alloc] init] autorelease];
-  [prototype setButtonType:NSRadioButton];
+  NSButtonCell *prototype = [[[VOPRadioButtonCell alloc] init] autorelease];
+  [prototype setButtonType:NSButtonTypeRadio];
   NSMatrix *group = [[[NSMatrix alloc] initWithFrame:frame
                                                 mode:NSRadioModeMatrix
                                            prototype:prototype

@@ -18,7 +18,7 @@ void HandleQueuedEvents(NSTimeInterval wait, void (*failed)(NSException *)) {
   for (bool first = true;; first = false) {
     @autoreleasepool {
       NSDate *until = first && wait > 0 ? [NSDate dateWithTimeIntervalSinceNow:wait] : nil;
-      NSEvent *event = [NSApp nextEventMatchingMask:NSAnyEventMask
+      NSEvent *event = [NSApp nextEventMatchingMask:NSEventMaskAny
                                           untilDate:until
                                              inMode:NSDefaultRunLoopMode
                                             dequeue:YES];

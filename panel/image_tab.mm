@@ -80,7 +80,7 @@ static NSArray *SizeItems() {
 
 - (NSTextField *)makeSizeField:(NSRect)frame action:(SEL)action {
   NSTextField *field = MakeTextField(frame);
-  [field setAlignment:NSCenterTextAlignment];
+  [field setAlignment:NSTextAlignmentCenter];
   [field setDelegate:self];
   [field setTarget:self];
   [field setAction:action];

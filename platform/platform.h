@@ -4,6 +4,8 @@
 
 #import <AppKit/AppKit.h>
 
+#import "platform/appkit_names.h"
+
 #include <signal.h>
 
 #ifdef GNUSTEP
@@ -31,20 +33,20 @@ static inline CGWindowLevel CGWindowLevelForKey(CGWindowLevelKey) {
 // GNUstep keeps only 19 points, so the groups would move up into their
 // headings instead; this tab view gives its tabs AppKit's content height.
 #ifdef GNUSTEP
-@interface PanelTabView : NSTabView
+@interface VOPPanelTabView : NSTabView
 @end
 #else
-@compatibility_alias PanelTabView NSTabView;
+@compatibility_alias VOPPanelTabView NSTabView;
 #endif
 
 // GNUstep draws a radio button's title two points after its circle, and a
 // letter that reaches to the left, as the J of "JPEG" does, touches the
 // circle; this cell leaves the title a little more room, as AppKit does.
 #ifdef GNUSTEP
-@interface RadioButtonCell : NSButtonCell
+@interface VOPRadioButtonCell : NSButtonCell
 @end
 #else
-@compatibility_alias RadioButtonCell NSButtonCell;
+@compatibility_alias VOPRadioButtonCell NSButtonCell;
 #endif
 
 // GNUstep draws a slider's bar over the whole of a tall frame; AppKit draws a
@@ -91,7 +93,11 @@ private:
   Class magick_;
 };
 #else
-struct ShortImageSearch {};
+// AppKit's image search needs no help. A constructor of its own keeps a guard
+// that does nothing from counting as an unused variable.
+struct ShortImageSearch {
+  ShortImageSearch() {}
+};
 #endif
 
 // A host has made the application object long before any plugin runs; a plain
@@ -154,6 +160,8 @@ static inline void TakeKeysBackAfterChooser(NSWindow *panel) {
 static inline void KeepOnScreenWhenInactive(NSPanel *panel) {
 #ifdef GNUSTEP
   [panel setHidesOnDeactivate:NO];
+#else
+  (void)panel;
 #endif
 }
 
@@ -181,5 +189,8 @@ private:
   struct sigaction saved_[kCount];
 };
 #else
-struct HostSignalsGuard {};
+// AppKit leaves the host's signals alone (see ShortImageSearch for the constructor).
+struct HostSignalsGuard {
+  HostSignalsGuard() {}
+};
 #endif

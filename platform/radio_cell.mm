@@ -5,7 +5,7 @@
 // AppKit's more generous gap.
 static const CGFloat kExtraTitleRoom = 1;
 
-@implementation RadioButtonCell
+@implementation VOPRadioButtonCell
 
 - (NSRect)drawTitle:(NSAttributedString *)title withFrame:(NSRect)frame inView:(NSView *)view {
   frame.origin.x += kExtraTitleRoom;

@@ -12,11 +12,11 @@
 // quick click on the close box hangs the panel. A timer that wakes the loops
 // that wait so is enough: at each wake-up the application asks again and the
 // back-end takes the release. It runs only while those loops do.
-@interface RunLoopWaker : NSObject
+@interface VOPRunLoopWaker : NSObject
 - (void)wake:(NSTimer *)timer;
 @end
 
-@implementation RunLoopWaker
+@implementation VOPRunLoopWaker
 - (void)wake:(NSTimer *)timer {
 }
 @end
@@ -26,7 +26,7 @@ static const NSTimeInterval kWakeSeconds = 0.05;
 static void WakeWaitingLoops() {
   // Lives as long as the run loop keeps the timer: the whole process.
   NSTimer *timer = [NSTimer timerWithTimeInterval:kWakeSeconds
-                                           target:[[[RunLoopWaker alloc] init] autorelease]
+                                           target:[[[VOPRunLoopWaker alloc] init] autorelease]
                                          selector:@selector(wake:)
                                          userInfo:nil
                                           repeats:YES];

@@ -4,7 +4,7 @@
 // How much of the tab view's height AppKit keeps for its tabs and bezel.
 static const CGFloat kAppKitTabChrome = 42;
 
-@implementation PanelTabView
+@implementation VOPPanelTabView
 
 // GNUstep's tab view is flipped: keeping the content's bottom edge where
 // GNUstep puts it and shortening it from the top leaves the tabs where they are.

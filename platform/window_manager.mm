@@ -113,8 +113,9 @@ void ShowChooserOver(NSSavePanel *chooser, NSWindow *panel) {
   // makes the chooser's X window and the window reads when asked to close.
   // The modal session ends when its window goes away, and runModal answers
   // that as no choice.
-  [chooser setValue:[NSNumber numberWithUnsignedInteger:[chooser styleMask] | NSClosableWindowMask]
-             forKey:@"styleMask"];
+  [chooser
+      setValue:[NSNumber numberWithUnsignedInteger:[chooser styleMask] | NSWindowStyleMaskClosable]
+        forKey:@"styleMask"];
 
   // GNUstep centres a modal panel on the screen unless it is already on
   // screen: shown first, centred over the panel, it stays there.

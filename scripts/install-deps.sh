@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that building, testing and the demo need;
-# with --bench also the peers that bench/ measures our panel against.
+# with --bench also the peers that bench/ measures our panel against, with
+# --macos what scripts/check-macos.sh needs besides Apple's SDK headers.
 # Safe to run again: it asks apt only for what is missing.
 set -euo pipefail
 
@@ -27,6 +28,10 @@ packages=(
 if [[ ${1:-} == --bench ]]; then
   # The same dialog built with GTK 3 and as an HTML page in a WebKitGTK view.
   packages+=(ruby-gtk3 ruby-webkit2-gtk)
+fi
+if [[ ${1:-} == --macos ]]; then
+  # The C++ library's headers, which the 10.13 SDK does not hold.
+  packages+=(libc++-14-dev)
 fi
 
 missing=()

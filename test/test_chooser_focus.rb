@@ -24,7 +24,7 @@ class ChooserFocusTest < Minitest::Test
     points = host_points(@plugin)
     xdotool("search", "--sync", "--onlyvisible", "--name", TEXTS["opt-window-title"])
     click(points["folder_button"])
-    wait_for_focus { |name| name != TEXTS["opt-window-title"] }
+    wait_for_focus { |name| name && !name.empty? && name != TEXTS["opt-window-title"] }
     xdotool("key", "Escape") # the chooser's Cancel
     wait_for_focus { |name| name == TEXTS["opt-window-title"] }
     xdotool("key", "Escape") # now the panel's, as Close
