@@ -5,7 +5,7 @@ TEST_TIMEOUT ?= 900
 # The Rubies that `make test-rubies` fetches from Debian's archive and tests on.
 RUBIES ?= 2.7 3.3
 
-.PHONY: all deps build test test-rubies demo screenshots check-reliability check-reliability-short check-cxx14 check-macos bench clean format
+.PHONY: all deps build test test-rubies demo screenshots check-reliability check-reliability-short check-mutants check-cxx14 check-macos bench clean format
 
 all: build
 
@@ -37,6 +37,12 @@ check-reliability: build
 
 check-reliability-short: build
 	@scripts/check-reliability.sh --short
+
+# Simple faults made in binding/, panel/ and platform/, each built in build-mutants/
+# and run against the suite (README, "Mutants"): 100 of them, or
+# MUTANTS_ARGS=--quick for a few; --key K replays a run.
+check-mutants: deps
+	@$(RUBY) scripts/check-mutants.rb --ruby "$$(command -v $(RUBY))" $(MUTANTS_ARGS)
 
 # The two extensions as C++14, which the older toolchains some hosts still need
 # must be able to build (docs/MACOS.md); C++17 features that the compiler would

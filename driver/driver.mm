@@ -577,8 +577,12 @@ static NSDictionary *Describe(NSView *view) {
     [d setObject:@([combo indexOfSelectedItem]) forKey:@"selected"];
     [d setObject:Flag([combo isEditable]) forKey:@"editable"];
   }
-  if ([view isKindOfClass:[NSButton class]])
-    [d setObject:@([(NSButton *)view state]) forKey:@"state"];
+  if ([view isKindOfClass:[NSButton class]]) {
+    NSButton *button = (NSButton *)view;
+    [d setObject:@([button state]) forKey:@"state"];
+    // How wide its title is drawn, to tell whether the bezel leaves it room.
+    [d setObject:@([[button attributedTitle] size].width) forKey:@"title_width"];
+  }
   if ([view isKindOfClass:[NSSlider class]]) {
     NSSlider *slider = (NSSlider *)view;
     [d setObject:@([slider intValue]) forKey:@"value"];

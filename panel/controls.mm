@@ -209,7 +209,7 @@ NSView *MakeContainer(NSRect frame, NSArray *subviews) {
 
 NSMatrix *MakeRadioGroup(NSRect frame, int rows, int columns, NSArray *titles,
                          const RadioGeometry *geometry, id target, SEL action) {
-  NSButtonCell *prototype = [[[NSButtonCell alloc] init] autorelease];
+  NSButtonCell *prototype = [[[VOPRadioButtonCell alloc] init] autorelease];
   [prototype setButtonType:NSButtonTypeRadio];
   NSMatrix *group = [[[NSMatrix alloc] initWithFrame:frame
                                                 mode:NSRadioModeMatrix

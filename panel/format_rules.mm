@@ -29,11 +29,26 @@ using namespace velmar;
 }
 
 - (void)onDirClicked {
-  NSOpenPanel *chooser = [NSOpenPanel openPanel];
-  [chooser setCanChooseFiles:NO];
-  [chooser setCanChooseDirectories:YES];
+  NSOpenPanel *chooser = nil;
+  {
+    // The chooser is made and first drawn with the short image search: its
+    // images and icons cost hundreds of milliseconds the first time otherwise.
+    ShortImageSearch imageSearch;
+    chooser = [NSOpenPanel openPanel];
+    [chooser setCanChooseFiles:NO];
+    [chooser setCanChooseDirectories:YES];
+    NSString *folder = [[mySaveLocText stringValue] stringByExpandingTildeInPath];
+    BOOL isFolder = NO;
+    if ([[NSFileManager defaultManager] fileExistsAtPath:folder isDirectory:&isFolder] && isFolder)
+      [chooser setDirectoryURL:[NSURL fileURLWithPath:folder isDirectory:YES]];
+    // The button's action comes while it is still pressed; it must not look
+    // so through the whole time the chooser is open.
+    [myDirButton highlight:NO];
+    ShowChooserOver(chooser, window);
+  }
   if ([chooser runModal] == NSModalResponseOK)
     [mySaveLocText setStringValue:[[chooser URL] path]];
+  TakeKeysBackAfterChooser(window);
 }
 
 - (void)setFormat:(ImageFormat)format tickingTransparency:(BOOL)tick {

@@ -46,6 +46,16 @@ static inline CGWindowLevel CGWindowLevelForKey(CGWindowLevelKey) {
 @compatibility_alias VOPPanelTabView NSTabView;
 #endif
 
+// GNUstep draws a radio button's title two points after its circle, and a
+// letter that reaches to the left, as the J of "JPEG" does, touches the
+// circle; this cell leaves the title a little more room, as AppKit does.
+#ifdef GNUSTEP
+@interface VOPRadioButtonCell : NSButtonCell
+@end
+#else
+@compatibility_alias VOPRadioButtonCell NSButtonCell;
+#endif
+
 // GNUstep draws a slider's bar over the whole of a tall frame; AppKit draws a
 // regular horizontal slider without tick marks 21 points high, whatever the frame.
 static inline CGFloat NaturalSliderHeight(NSSliderCell *cell) {
@@ -135,6 +145,13 @@ static inline void EnsureApplicationObject() {
 #ifdef GNUSTEP
   [NSTask class];
   ShortImageSearch imageSearch;
+  // GNUstep shows its application icon in a window of its own, which a window
+  // manager lists and places beside the panel. An application object of ours
+  // goes without one unless the user's defaults ask for it; a host's own is
+  // left as the host made it.
+  if (!NSApp)
+    [[NSUserDefaults standardUserDefaults]
+        registerDefaults:@{@"GSSuppressAppIcon" : [NSNumber numberWithBool:YES]}];
   [NSApplication sharedApplication];
 #endif
 }
@@ -152,6 +169,25 @@ void PrepareRealInput();
 static inline void DropFinishedTimers() {
 #ifdef GNUSTEP
   [[NSRunLoop currentRunLoop] limitDateForMode:NSModalPanelRunLoopMode];
+#endif
+}
+
+// The modal-panel level keeps the panel above other windows on AppKit; under
+// an X window manager the panel asks for it (platform/window_manager.mm).
+void KeepAboveOtherWindows(NSWindow *window);
+
+// Brings the folder chooser on screen over the panel, where a window manager
+// keeps it above the panel and may close it as a cancel; runModal then runs it.
+void ShowChooserOver(NSSavePanel *chooser, NSWindow *panel);
+
+// With no window manager to hand the focus on, GNUstep leaves no window with
+// the keys once a modal chooser closes; the panel, if still open, takes them.
+static inline void TakeKeysBackAfterChooser(NSWindow *panel) {
+#ifdef GNUSTEP
+  if ([panel isVisible])
+    [panel makeKeyAndOrderFront:nil];
+#else
+  (void)panel;
 #endif
 }
 

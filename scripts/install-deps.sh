@@ -12,6 +12,10 @@ packages=(
   xvfb xauth
   # The real-input test presses keys and moves the pointer as a person does.
   xdotool
+  # The window-manager test: a real window manager, a tool that asks it for
+  # its windows and closes them, and another program's window (xmessage) with
+  # the tools that read windows' properties (xprop, xwininfo).
+  openbox wmctrl x11-utils
   # scripts/check-reliability.sh: clang's sanitizer runtimes (only recommended
   # by clang) and valgrind.
   libclang-rt-14-dev valgrind

@@ -1,14 +1,14 @@
 require_relative "test_helper"
-require_relative "real_input_session"
+require_relative "x_session"
 
 # A person with only the keyboard, from the panel's first appearance; and the
 # size list opened and closed without a pick.
 class KeyboardTest < Minitest::Test
-  include RealInputSession
+  include XSession
 
   # The plugin watches the panel while the person works: it prints which
   # control has the focus each time that changes, and the Clay box's state.
-  PLUGIN = <<~RUBY.freeze
+  PLUGIN = (PLUGIN_PRELUDE + <<~RUBY).freeze
     panel.set_output_dimensions("fixed", 1280, 720, 640, 480)
     panel.set_output_directory("custom", "/renders")
     panel.show
@@ -19,8 +19,7 @@ class KeyboardTest < Minitest::Test
     points.update("size_list" => driver.screen_point(:mySizeCombo, nil),
                   "size_frame" => driver.control(:mySizeCombo)[:drawn_in_window],
                   "ok" => driver.screen_point(:m_pButton, nil))
-    #{WAIT_UNTIL_ACTIVE}
-    puts JSON.dump(["points", points])
+    print_points(driver, points)
     seen = nil
     clay = nil
     deadline = Time.now + #{LIMIT}
@@ -44,12 +43,13 @@ class KeyboardTest < Minitest::Test
                              myPresetCombo matrix].freeze
 
   def setup
-    start_session(PLUGIN)
-    @points = points_once_shown
+    start_session("keyboard", PLUGIN)
+    @points = host_points(@plugin)
+    xdotool("search", "--sync", "--onlyvisible", "--name", TEXTS["opt-window-title"])
   end
 
   def teardown
-    stop_session
+    end_session
   end
 
   def test_tab_round_both_tabs_space_on_a_box_and_ok
@@ -124,6 +124,10 @@ class KeyboardTest < Minitest::Test
 
   private
 
+  def environment
+    { "DISPLAY" => @display }
+  end
+
   def focus_after(key)
     xdotool("key", key)
     kind, name = next_line
@@ -141,6 +145,17 @@ class KeyboardTest < Minitest::Test
     x, y = @points["clay"]
     width, height = @points["clay_frame"][2, 2]
     [(x - width / 2).floor, (y - height / 2).floor, width.ceil, height.ceil]
+  end
+
+  # The screen's pixels in the rectangle (x, y, width, height; X's
+  # coordinates) as the X server holds them: what a person sees.
+  def screen_pixels(rect)
+    x, y, width, height = rect
+    pixels, status = Open3.capture2(environment, "timeout", LIMIT.to_s, "import", "-window", "root",
+                                    "-crop", "#{width}x#{height}+#{x}+#{y}", "-depth", "8", "rgb:-",
+                                    binmode: true)
+    assert status.success?, "import could not read the screen"
+    pixels
   end
 
   # Whether the screen comes to show what the block looks for within the time limit.

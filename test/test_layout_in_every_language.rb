@@ -2,11 +2,15 @@ require_relative "test_helper"
 require "json"
 
 # What a person sees in each language: on both tabs nothing drawn overlaps
-# anything else, and everything lies inside the window.
+# anything else, everything lies inside the window, and no button's title
+# touches its outline.
 class LayoutInEveryLanguageTest < Minitest::Test
   include PanelTest
 
   LANGUAGES = { "en" => "EN", "de" => "DE", "ja" => "JA" }.freeze
+  # Beside its title a button needs room for a push button's rounded ends,
+  # or for a check box's box and the gap after it.
+  TITLE_ROOM = 20
 
   # Both tabs as a new panel in that language shows them, every view with what
   # it draws in window coordinates.
@@ -64,6 +68,10 @@ class LayoutInEveryLanguageTest < Minitest::Test
         end
         tab["tab"].combination(2).each do |a, b|
           refute overlap?(a["drawn_in_window"], b["drawn_in_window"]), "#{where}: #{label(a)} overlaps #{label(b)}"
+        end
+        controls.select { |view| view["title_width"] }.each do |button|
+          assert_operator button["frame"][2] - button["title_width"], :>=, TITLE_ROOM,
+                          "#{where}: the title touches the bezel or box: #{label(button)}"
         end
       end
     end

@@ -1,11 +1,13 @@
 require_relative "test_helper"
-require_relative "real_input_session"
+require_relative "x_session"
 
-# A person sets sizes, options and brightness with the mouse and the keys.
+# A person at the screen: the reference host runs a plugin on an X server of
+# the test's own, and xdotool moves the pointer, presses, types and drags as a
+# person would. The plugin tells where each control is from the panel itself.
 class RealInputTest < Minitest::Test
-  include RealInputSession
+  include XSession
 
-  PLUGIN = <<~RUBY.freeze
+  PLUGIN = (PLUGIN_PRELUDE + <<~RUBY).freeze
     # The folder field is enabled too: Tab must still go from Width to Height.
     panel.set_output_directory("custom", "/renders")
     panel.show
@@ -20,20 +22,19 @@ class RealInputTest < Minitest::Test
                   "environment" => driver.screen_point(:myTabView, 1),
                   "ok" => driver.screen_point(:m_pButton, nil),
                   "close_box" => driver.screen_point(:close_box, nil))
-    #{WAIT_UNTIL_ACTIVE}
-    puts JSON.dump(["points", points])
+    print_points(driver, points)
   RUBY
 
   def setup
-    start_session(PLUGIN)
+    start_session("real-input", PLUGIN)
   end
 
   def teardown
-    stop_session
+    end_session
   end
 
   def test_a_person_sets_size_options_and_brightness_and_presses_ok
-    points = points_once_shown
+    points = start_host
     click(points["fixed"])
     click(points["width"])
     xdotool("type", "--delay", "40", "1280")
@@ -57,8 +58,21 @@ class RealInputTest < Minitest::Test
   end
 
   def test_the_close_box_closes_without_a_report
-    points = points_once_shown
+    points = start_host
     click(points["close_box"])
     assert_equal [["close", [1.0]]], events_until_close
+  end
+
+  private
+
+  def environment
+    { "DISPLAY" => @display }
+  end
+
+  # Starts the host and returns where the plugin says its controls are.
+  def start_host
+    points = host_points(@plugin)
+    xdotool("search", "--sync", "--onlyvisible", "--name", TEXTS["opt-window-title"])
+    points
   end
 end

@@ -1,11 +1,10 @@
-# German texts for the options panel, one per key the panel reads. The Close
-# button has 70 points up to the window's edge, too few for "Schließen".
+# German texts for the options panel, one per key the panel reads.
 module OptionsPanelTexts
   DE = {
     "opt-window-title" => "Render-Optionen",
     "opt-preset-lbl" => "Vorgabe:",
     "opt-ok-btn-title" => "OK",
-    "opt-close-btn-title" => "Zurück",
+    "opt-close-btn-title" => "Schließen",
     "opt-tab-bar-title1" => "Bild",
     "opt-tab-bar-title2" => "Umgebung",
     "opt-tab1-image-size-lbl" => "Bildgröße",

@@ -1,0 +1,124 @@
+require "fileutils"
+require "json"
+require "tmpdir"
+
+# A person at an X server of the test's own: the reference host runs a plugin
+# there, the plugin prints where the panel's controls are and each event as
+# JSON lines, and xdotool moves the pointer, presses and types as a person
+# does. The including test sets @output (the host's output) and gives the
+# X server's environment with #environment.
+module XSession
+  HOST = File.join(BUILD_DIR, "velmar-host")
+  LIMIT = 30 # seconds for each wait; the host gives up after it too
+
+  # The start of a plugin: it prints each event as a JSON line, and with
+  # print_points where the controls are, once a person can start.
+  PLUGIN_PRELUDE = <<~RUBY.freeze
+    require "json"
+    require "OptionsPanel"
+    require "OptionsPanelDriver"
+    require #{File.expand_path("../examples/texts/en", __dir__).inspect}
+    $stdout.sync = true
+    driver = OptionsPanelDriver
+
+    class Printer
+      %w[preset_changed output_changed environment_changed options_changed close].each do |event|
+        define_method(event) { |payload| puts JSON.dump([event, payload]) }
+      end
+    end
+
+    # A person starts once the panel is drawn and active, its title bar lit.
+    def print_points(driver, points)
+      deadline = Time.now + #{LIMIT}
+      driver.process_events until (driver.drawn? && driver.window_state[:key] && driver.window_state[:active]) ||
+                                  Time.now > deadline
+      puts JSON.dump(["points", points])
+    end
+
+    panel = Velmar::OptionsPanelWindow.new(OptionsPanelTexts::EN)
+    panel.observe(Printer.new)
+  RUBY
+
+  # A folder of the test's own with the plugin in it, and an X server.
+  def start_session(name, plugin)
+    @folder = Dir.mktmpdir(name)
+    @plugin = File.join(@folder, "plugin.rb")
+    File.write(@plugin, plugin)
+    @display = start_x_server
+  end
+
+  # Ends the host, the other processes given and the X server, and removes the folder.
+  def end_session(*pids)
+    stop_processes(@host_pid, *pids, @xvfb_pid)
+    FileUtils.rm_rf(@folder)
+  end
+
+  # Lets the server pick a free display, so that parallel runs never share one.
+  def start_x_server
+    reader, writer = IO.pipe
+    @xvfb_pid = spawn("Xvfb", "-displayfd", writer.fileno.to_s, "-screen", "0", "1280x1024x24",
+                      "-nolisten", "tcp", writer => writer, %i[out err] => File::NULL)
+    writer.close
+    assert IO.select([reader], nil, nil, LIMIT), "Xvfb did not start"
+    ":#{reader.gets.to_i}"
+  ensure
+    reader&.close
+  end
+
+  # Ends what the test started, the X server last.
+  def stop_processes(*pids)
+    pids.compact.each do |pid|
+      Process.kill("KILL", pid)
+      Process.wait(pid)
+    rescue Errno::ESRCH, Errno::ECHILD
+      nil
+    end
+  end
+
+  # Starts the host on the plugin and returns where the plugin says the
+  # controls are; the rest of the host's output is read with #next_line.
+  def host_points(plugin, *arguments)
+    program_points(HOST, "--timeout", LIMIT.to_s, plugin, *arguments)
+  end
+
+  # The same for any program that runs a plugin, a plain ruby for one.
+  def program_points(*command)
+    @output, writer = IO.pipe
+    @host_pid = spawn(environment, *command, out: writer, err: writer)
+    writer.close
+    kind, points = next_line
+    assert_equal "points", kind
+    points
+  end
+
+  # The next event or report the plugin printed; anything else the host
+  # printed is kept to explain a failure.
+  def next_line
+    @printed ||= []
+    loop do
+      assert IO.select([@output], nil, nil, LIMIT), "nothing new for #{LIMIT} s after: #{@printed.join}"
+      line = @output.gets or flunk("the host ended after: #{@printed.join}")
+      @printed << line
+      return JSON.parse(line) if line.start_with?("[")
+    end
+  end
+
+  def events_until_close
+    events = []
+    events << next_line until events.last && events.last.first == "close"
+    events
+  end
+
+  def click(point, hold: nil)
+    moves = ["mousemove", point[0].to_s, point[1].to_s]
+    if hold
+      xdotool(*moves, "mousedown", "1", "sleep", hold.to_s, "mouseup", "1")
+    else
+      xdotool(*moves, "click", "1")
+    end
+  end
+
+  def xdotool(*words)
+    assert system(environment, "timeout", LIMIT.to_s, "xdotool", *words, out: File::NULL), "xdotool #{words.join(' ')}"
+  end
+end
