@@ -33,9 +33,6 @@ class ChooserFocusTest < Minitest::Test
 
   private
 
-  def environment
-    { "DISPLAY" => @display }
-  end
 
   def wait_for_focus
     deadline = Time.now + LIMIT

@@ -124,9 +124,6 @@ class KeyboardTest < Minitest::Test
 
   private
 
-  def environment
-    { "DISPLAY" => @display }
-  end
 
   def focus_after(key)
     xdotool("key", key)

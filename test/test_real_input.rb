@@ -65,9 +65,6 @@ class RealInputTest < Minitest::Test
 
   private
 
-  def environment
-    { "DISPLAY" => @display }
-  end
 
   # Starts the host and returns where the plugin says its controls are.
   def start_host

@@ -98,7 +98,7 @@ class WindowManagerTest < Minitest::Test
   end
 
   def environment
-    { "DISPLAY" => @display, "GNUSTEP_CONFIG_FILE" => @config }
+    super.merge("GNUSTEP_CONFIG_FILE" => @config)
   end
 
   def start_host

@@ -44,34 +44,55 @@ module XSession
     @folder = Dir.mktmpdir(name)
     @plugin = File.join(@folder, "plugin.rb")
     File.write(@plugin, plugin)
+    # Short: the daemons' socket paths must fit in a socket address.
+    @temp = Dir.mktmpdir("gs", "/tmp")
     @display = start_x_server
   end
 
-  # Ends the host, the other processes given and the X server, and removes the folder.
+  # Ends the host, the other processes given, the session's toolkit daemons and
+  # the X server, and removes the folder.
   def end_session(*pids)
-    stop_processes(@host_pid, *pids, @xvfb_pid)
-    FileUtils.rm_rf(@folder)
+    stop_processes(@host_pid, *pids, *session_daemons, @xvfb_pid)
+    FileUtils.rm_rf([@folder, @temp])
   end
 
-  # Lets the server pick a free display, so that parallel runs never share one.
-  # A server that lost a race for its display ends without naming one; the
-  # next try picks another.
+  # GNUstep finds its pasteboard and notification daemons by the temporary
+  # directory, and the one that starts a daemon ties it to its X server: a
+  # session of its own keeps the suite's daemons off a server that goes away.
+  def environment
+    { "DISPLAY" => @display, "TEMP" => @temp, "TMPDIR" => @temp }
+  end
+
+  def session_daemons
+    Dir["/proc/[0-9]*/environ"].select do |file|
+      File.binread(file).split("\0").include?("TEMP=#{@temp}")
+    rescue SystemCallError
+      false
+    end.map { |file| File.basename(File.dirname(file)).to_i }
+  end
+
+  # A display number of its own, far from the low numbers that servers left
+  # to pick one (-displayfd) all try first, whose files they replace while
+  # they try; a number another server holds makes this one end, and the next
+  # try takes another.
   def start_x_server
     3.times do
-      display = try_x_server
-      return display if display && system("xdpyinfo", "-display", display, %i[out err] => File::NULL)
+      display = try_x_server(":#{rand(1000..30_000)}")
+      return display if display
       stop_processes(@xvfb_pid)
     end
     flunk("Xvfb did not start")
   end
 
-  def try_x_server
+  # The display once the server takes connections, or nil if it ended.
+  def try_x_server(display)
     reader, writer = IO.pipe
-    @xvfb_pid = spawn("Xvfb", "-displayfd", writer.fileno.to_s, "-screen", "0", "1280x1024x24",
-                      "-nolisten", "tcp", writer => writer, %i[out err] => File::NULL)
+    # -noreset: a server resets as its last client goes and refuses the next
+    # for a moment: a window manager still starting while a check comes and goes.
+    @xvfb_pid = spawn("Xvfb", display, "-displayfd", writer.fileno.to_s, "-screen", "0", "1280x1024x24",
+                      "-nolisten", "tcp", "-noreset", writer => writer, %i[out err] => File::NULL)
     writer.close
-    number = IO.select([reader], nil, nil, LIMIT) && reader.gets
-    number && ":#{number.to_i}"
+    IO.select([reader], nil, nil, LIMIT) && reader.gets && display
   ensure
     reader&.close
   end
