@@ -168,6 +168,6 @@ class ObserversTest < Minitest::Test
   def test_an_exception_without_full_message_is_reported_from_its_parts
     observe(:bare) { |e, _| raise BareError, "no full message" if e == "close" }
     _, err = capture_io { Driver.click(:m_cButton) }
-    assert_match(/\A\S*test_observers\.rb:\d+:in .*: no full message \(ObserversTest::BareError\)\n\tfrom /, err)
+    assert_match(/\A\S*test_observers\.rb:\d+:in .*: no full message \(ObserversTest::BareError\)\n\tfrom \S+:\d+:in /, err)
   end
 end
