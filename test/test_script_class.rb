@@ -87,6 +87,7 @@ class ScriptClassTest < Minitest::Test
     from_thread = Thread.new do
       errors = %i[show close].map { |m| assert_raises(ThreadError) { p.public_send(m) } }
       errors << assert_raises(ThreadError) { p.set_environment_clay(false) }
+      errors << assert_raises(ThreadError) { p.output_format = "jpg" }
       [errors, p.observe(Object.new), p.output_directory("a\\b"), p.send(:hide_render_all=, 1)]
     end.value
     assert(from_thread[0].all? { |e| e.message == "must be called on the main thread" })
