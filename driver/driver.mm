@@ -561,6 +561,11 @@ static NSDictionary *Describe(NSView *view) {
     [d setObject:text forKey:@"text"];
   if ([view isKindOfClass:[NSControl class]])
     [d setObject:Flag([(NSControl *)view isEnabled]) forKey:@"enabled"];
+  if ([view isKindOfClass:[NSTextField class]]) {
+    NSFont *font = [(NSTextField *)view font];
+    NSFontTraitMask traits = [[NSFontManager sharedFontManager] traitsOfFont:font];
+    [d setObject:Flag((traits & NSBoldFontMask) != 0) forKey:@"bold"];
+  }
   if ([view isKindOfClass:[NSMatrix class]]) {
     NSMutableArray *cells = [NSMutableArray array];
     for (NSCell *cell in [(NSMatrix *)view cells])

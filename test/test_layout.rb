@@ -60,6 +60,7 @@ class LayoutTest < Minitest::Test
     heading, tab_view, presets, ok, close = fresh[:content]
     assert_equal %w[NSTextField NSTabView NSComboBox NSButton NSButton], fresh[:content].map { |v| v[:class] }
     assert_equal [TEXTS["opt-preset-lbl"], [15.0, 287.0]], [heading[:text], origin(heading)]
+    assert_equal [true, false], [heading[:bold], presets[:bold]], "the heading is bold"
     assert_equal [10.0, 38.0, 400.0, 240.0], tab_view[:frame]
     assert_equal [[110.0, 280.0, 290.0, 26.0], [], -1, false, true],
                  presets.values_at(:frame, :items, :selected, :editable, :enabled)
