@@ -116,6 +116,6 @@
 @end
 
 @interface OptionsPanel (Presets)
-- (void)populatePresets:(NSString *)joinedNames;
-- (void)selectPreset:(NSString *)name;
+- (void)populatePresets:(const std::string &)joinedNames;
+- (void)selectPreset:(const std::string &)name;
 @end

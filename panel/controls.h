@@ -53,5 +53,3 @@ void SelectCell(NSMatrix *group, long index);
 void ShowComboSelection(NSComboBox *combo);
 // Selects the item at the index and shows it; NSNotFound keeps the selection.
 void SelectComboIndex(NSComboBox *combo, NSInteger index);
-// Selects the first item equal to the text and shows it; any other text keeps the selection.
-void SelectComboItem(NSComboBox *combo, NSString *text);

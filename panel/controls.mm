@@ -207,10 +207,6 @@ void ShowComboSelection(NSComboBox *combo) {
   ShowComboItem(combo, [combo indexOfSelectedItem]);
 }
 
-void SelectComboItem(NSComboBox *combo, NSString *text) {
-  SelectComboIndex(combo, [combo indexOfItemWithObjectValue:text]);
-}
-
 void SelectComboIndex(NSComboBox *combo, NSInteger index) {
   // A text not in the list changes nothing; the selected item is shown already.
   if (index == NSNotFound || index == [combo indexOfSelectedItem])

@@ -106,14 +106,11 @@ Outcome set_slider(Slider slider, int32_t value) {
 }
 
 Outcome populate_presets(const std::string &joined_names) {
-  return Perform([&](OptionsPanel *controller) {
-    [controller populatePresets:NSStringFromUtf8(joined_names)];
-  });
+  return Perform([&](OptionsPanel *controller) { [controller populatePresets:joined_names]; });
 }
 
 Outcome select_preset(const std::string &name) {
-  return Perform(
-      [&](OptionsPanel *controller) { [controller selectPreset:NSStringFromUtf8(name)]; });
+  return Perform([&](OptionsPanel *controller) { [controller selectPreset:name]; });
 }
 
 } // namespace panel
