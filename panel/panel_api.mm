@@ -56,8 +56,14 @@ bool is_built() {
 }
 
 Outcome fetch(const PanelTexts &texts) {
-  return PerformWindowing(
-      [&](OptionsPanel *) { builtController = [OptionsPanel sharedControllerWithTexts:texts]; });
+  return PerformWindowing([&](OptionsPanel *) {
+    builtController = [OptionsPanel sharedControllerWithTexts:texts];
+    // The panel is on screen; its first drawing looks up the control images,
+    // which must happen here, inside the short image search, and not at the
+    // host's next turn of its event loop, where a setter that built the panel
+    // would leave it.
+    [[builtController window] displayIfNeeded];
+  });
 }
 
 Outcome show() {
