@@ -215,10 +215,15 @@ void SelectComboIndex(NSComboBox *combo, NSInteger index) {
   ShowComboItem(combo, index);
 }
 
+void SetEnabled(NSControl *control, BOOL enabled) {
+  if (![control isEnabled] != !enabled)
+    [control setEnabled:enabled];
+}
+
 void SetFieldEnabled(NSTextField *field, BOOL enabled) {
   if (!enabled && [field currentEditor])
     [field validateEditing];
-  [field setEnabled:enabled];
+  SetEnabled(field, enabled);
 }
 
 void FitCellsToTitles(NSMatrix *group, CGFloat gap) {
