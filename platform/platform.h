@@ -71,7 +71,7 @@ static id ToolkitImageTypes(id, SEL) {
 // Made at run time: the extension, the driver and the host each compile this
 // header, and one process may load all three; they share the one class.
 static inline Class ToolkitImageRep() {
-  static const char *const name = "VelmarToolkitImageRep";
+  static const char *const name = "VOPToolkitImageRep";
   Class cls = objc_lookUpClass(name);
   if (cls)
     return cls;
