@@ -42,6 +42,7 @@ module Bench
       def set_radio(background) = @panel.set_environment_background(background)
       def set_slider(value) = @panel.set_environment_brightness(value)
       def set_combo(name) = @panel.preset = name
+
       # The user's click on the folder button, until the chooser is drawn.
       def time_folder_chooser
         @panel.set_output_directory("custom", "/tmp")
