@@ -68,6 +68,29 @@ module Bench
       { construction_ns: now - start }
     end
 
+    # The dialog's own memory where the toolkit already runs, as in a host that
+    # has started it: the process's resident set (its tree's, for the web
+    # view's helpers) before the dialog and once it is drawn, each after a
+    # garbage collection.
+    def dialog_memory(key, _)
+      klass = dialog_class(key)
+      klass.start_toolkit
+      GC.start
+      before = ProcessMemory.tree_rss_kib
+      klass.new.build_and_show
+      GC.start
+      { dialog_rss_kib: ProcessMemory.tree_rss_kib - before }
+    end
+
+    # From the click on the folder button until the chooser is on screen and
+    # drawn, the first time in the process and the second; the chooser is
+    # cancelled each time. nil for a dialog without a chooser of its own.
+    def chooser(key, _)
+      dialog = ready(key)
+      first = dialog.time_folder_chooser
+      { chooser_first_ns: first, chooser_again_ns: first && dialog.time_folder_chooser }
+    end
+
     SETTERS = {
       text: ->(d, i) { d.set_text(i.even? ? "/tmp/renders/a" : "/tmp/renders/b") },
       check: ->(d, i) { d.set_check(i.even?) },

@@ -66,7 +66,10 @@ module Bench
 
     def collect(figures, samples)
       samples.each do |dialog, rows|
-        rows.first.each_key { |key| figures[dialog][key] = median(rows.map { |r| r[key] }) }
+        rows.first.each_key do |key|
+          values = rows.map { |r| r[key] }
+          figures[dialog][key] = values.include?(nil) ? nil : median(values)
+        end
       end
     end
 
@@ -76,8 +79,10 @@ module Bench
         in_turn(run).each do |dialog|
           cold, elapsed = probe(dialog, "cold")
           construction, = probe(dialog, "construction")
+          memory, = probe(dialog, "dialog_memory")
           samples[dialog] << { "cold_ns" => elapsed, "peak_rss_kib" => cold["peak_rss_kib"],
-                               "construction_ns" => construction["construction_ns"] }
+                               "construction_ns" => construction["construction_ns"],
+                               "dialog_rss_kib" => memory["dialog_rss_kib"] }
         end
       end
       collect(figures, samples)
@@ -89,7 +94,8 @@ module Bench
         in_turn(run).each do |dialog|
           setters, = probe(dialog, "setters")
           ok, = probe(dialog, "ok")
-          samples[dialog] << setters.transform_keys { |k| "setter_#{k}_ns" }.merge(ok)
+          chooser, = probe(dialog, "chooser")
+          samples[dialog] << setters.transform_keys { |k| "setter_#{k}_ns" }.merge(ok, chooser)
         end
       end
       collect(figures, samples)

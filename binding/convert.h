@@ -5,6 +5,7 @@
 #include <ruby.h>
 
 #include <cstdint>
+#include <cstring>
 #include <string>
 
 namespace velmar {
@@ -20,6 +21,19 @@ inline bool bool_argument(VALUE value) {
 
 // The text of a String checked by string_argument, as valid UTF-8 up to its first NUL.
 std::string utf8_text(VALUE string);
+// A String's bytes up to its first NUL, not copied, for comparing with the
+// words that scripts choose by: those are ASCII, which scrubbing leaves as it
+// is and which no invalid byte can match.
+struct Word {
+  const char *bytes;
+  size_t length;
+
+  bool operator==(const char *word) const {
+    return std::strlen(word) == length && std::memcmp(word, bytes, length) == 0;
+  }
+};
+Word word_text(VALUE string);
+
 // A new String tagged UTF-8.
 VALUE utf8_string(const std::string &text);
 

@@ -24,7 +24,7 @@ VALUE _set_environment_background(VALUE, VALUE background) {
   ensure_panel();
   VALUE word = string_argument(background);
   return raise_or_true(
-      attempt([=] { return panel::set_background(kBackgrounds.named(utf8_text(word))); }));
+      attempt([=] { return panel::set_background(kBackgrounds.named(word_text(word))); }));
 }
 
 } // namespace velmar

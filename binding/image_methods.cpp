@@ -19,14 +19,14 @@ VALUE _set_output_dimensions(VALUE, VALUE mode, VALUE width, VALUE height, VALUE
   int32_t vh = int32_argument(viewport_height);
   raise_or_true(attempt([=] { return panel::remember_viewport_height(vh); }));
   return raise_or_true(attempt(
-      [=] { return panel::set_output_dimensions(kSizeModes.named(utf8_text(mode_text)), w, h); }));
+      [=] { return panel::set_output_dimensions(kSizeModes.named(word_text(mode_text)), w, h); }));
 }
 
 VALUE _output_format(VALUE, VALUE format) {
   ensure_panel();
   VALUE text = string_argument(format);
   return raise_or_true(attempt([=] {
-    std::string word = utf8_text(text);
+    Word word = word_text(text);
     bool transparent = word == kTransparentPngWord;
     ImageFormat chosen = transparent ? ImageFormat::Png : kImageFormats.named(word);
     return panel::set_output_format(chosen, transparent);
@@ -43,7 +43,7 @@ VALUE _set_output_directory(VALUE, VALUE mode, VALUE folder) {
   VALUE mode_text = string_argument(mode);
   VALUE folder_text = string_argument(folder);
   return raise_or_true(attempt([=] {
-    return panel::set_output_directory(kSaveLocations.named(utf8_text(mode_text)),
+    return panel::set_output_directory(kSaveLocations.named(word_text(mode_text)),
                                        utf8_text(folder_text));
   }));
 }

@@ -7,6 +7,7 @@
 #include <objc/runtime.h>
 
 #include <cstdarg>
+#include <ctime>
 
 #include "binding/cxx_guard.h"
 #include "binding/exports.h"
@@ -23,8 +24,10 @@
 @public
   NSString *folder; // nil: cancel
   BOOL answered;
+  long long shownAt; // CLOCK_MONOTONIC ns when first seen on screen and drawn; 0 until then
 }
 - (void)answer;
+- (void)answerOnceShown;
 - (void)giveUp;
 @end
 
@@ -38,6 +41,23 @@
   } else {
     [chooser cancel:nil];
   }
+}
+// Looks every millisecond of the modal session until the chooser is on
+// screen with every view drawn, as a user would first see it, then answers.
+- (void)answerOnceShown {
+  // Not +openPanel, which sets the shared chooser up anew each time it is asked.
+  NSWindow *chooser = [NSApp modalWindow];
+  if (![chooser isVisible] || [chooser viewsNeedDisplay]) {
+    [self performSelector:@selector(answerOnceShown)
+               withObject:nil
+               afterDelay:0.001
+                  inModes:@[ NSModalPanelRunLoopMode ]];
+    return;
+  }
+  struct timespec now;
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  shownAt = now.tv_sec * 1000000000LL + now.tv_nsec;
+  [self answer];
 }
 - (void)giveUp {
   if (!answered)
@@ -497,19 +517,42 @@ static VALUE drawn(VALUE) {
   });
 }
 
+// Replaces the pending answer: `how` answers the next chooser after `delay`
+// seconds of its modal session, `giveUp` aborts it after `limit`.
+static void ArmAnswer(const char *path, SEL how, double delay, double limit) {
+  [pendingAnswer release];
+  pendingAnswer = [[VOPFolderChooserAnswer alloc] init];
+  pendingAnswer->folder = path ? [[NSString alloc] initWithUTF8String:path] : nil;
+  NSArray *modes = @[ NSModalPanelRunLoopMode ];
+  [pendingAnswer performSelector:how withObject:nil afterDelay:delay inModes:modes];
+  [pendingAnswer performSelector:@selector(giveUp) withObject:nil afterDelay:limit inModes:modes];
+}
+
 // The next folder chooser is answered with the folder (nil cancels); one that
 // is not answered within the time limit is aborted, so a test cannot hang on it.
 static VALUE answer_folder_chooser(VALUE, VALUE folder, VALUE seconds) {
   const char *path = NIL_P(folder) ? nullptr : StringValueCStr(folder);
   double limit = NUM2DBL(seconds);
   return Drive([=] {
-    [pendingAnswer release];
-    pendingAnswer = [[VOPFolderChooserAnswer alloc] init];
-    pendingAnswer->folder = path ? [[NSString alloc] initWithUTF8String:path] : nil;
-    NSArray *modes = @[ NSModalPanelRunLoopMode ];
-    [pendingAnswer performSelector:@selector(answer) withObject:nil afterDelay:0.05 inModes:modes];
-    [pendingAnswer performSelector:@selector(giveUp) withObject:nil afterDelay:limit inModes:modes];
+    ArmAnswer(path, @selector(answer), 0.05, limit);
     return (id)nil;
+  });
+}
+
+// The next folder chooser is cancelled as soon as it is on screen and drawn;
+// folder_chooser_shown_at then tells when that was.
+static VALUE cancel_folder_chooser_once_shown(VALUE, VALUE seconds) {
+  double limit = NUM2DBL(seconds);
+  return Drive([=] {
+    ArmAnswer(nullptr, @selector(answerOnceShown), 0, limit);
+    return (id)nil;
+  });
+}
+
+// Process.clock_gettime(Process::CLOCK_MONOTONIC, :nanosecond) at that moment, or nil.
+static VALUE folder_chooser_shown_at(VALUE) {
+  return Drive([] {
+    return (id)(pendingAnswer && pendingAnswer->shownAt ? @(pendingAnswer->shownAt) : nil);
   });
 }
 
@@ -839,6 +882,9 @@ extern "C" __attribute__((visibility("default"))) void Init_OptionsPanelDriver()
   define(driver, "drawn?", VELMAR_GUARDED(drawn), 0);
   define(driver, "answer_folder_chooser", VELMAR_GUARDED(answer_folder_chooser), 2);
   define(driver, "folder_chooser_answered?", VELMAR_GUARDED(folder_chooser_answered), 0);
+  define(driver, "cancel_folder_chooser_once_shown",
+         VELMAR_GUARDED(cancel_folder_chooser_once_shown), 1);
+  define(driver, "folder_chooser_shown_at", VELMAR_GUARDED(folder_chooser_shown_at), 0);
   define(driver, "control", VELMAR_GUARDED(control), 1);
   define(driver, "run_loop_timers", VELMAR_GUARDED(run_loop_timers), 0);
   define(driver, "screen_point", VELMAR_GUARDED(screen_point), 2);

@@ -134,6 +134,6 @@
 @end
 
 @interface OptionsPanel (Presets)
-- (void)populatePresets:(NSString *)joinedNames;
-- (void)selectPreset:(NSString *)name;
+- (void)populatePresets:(const std::string &)joinedNames;
+- (void)selectPreset:(const std::string &)name;
 @end

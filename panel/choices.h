@@ -26,8 +26,9 @@ template <typename Value, size_t Count> struct RadioGroup {
   Choice choices[Count];
 
   const Choice &operator[](Value value) const { return choices[static_cast<size_t>(value)]; }
-  // Words are compared exactly, letter case included.
-  Value named(const std::string &word) const {
+  // Words are compared exactly, letter case included; Text is anything that
+  // compares with a C string.
+  template <typename Text> Value named(const Text &word) const {
     return find([&](const Choice &choice) { return word == choice.word; });
   }
   Value at_cell(long cell) const {

@@ -34,6 +34,10 @@ struct RadioGeometry {
 NSMatrix *MakeRadioGroup(NSRect frame, int rows, int columns, NSArray *titles,
                          const RadioGeometry *geometry, id target, SEL action);
 
+// The toolkit redraws a control whenever it is told its enabled state, the
+// same or not; scripts repeat their settings, so an unchanged state is skipped.
+void SetEnabled(NSControl *control, BOOL enabled);
+
 // Disabling a field aborts an edit in progress, which would drop what the user
 // typed last: the edit is taken into the field first.
 void SetFieldEnabled(NSTextField *field, BOOL enabled);
@@ -53,5 +57,3 @@ void SelectCell(NSMatrix *group, long index);
 void ShowComboSelection(NSComboBox *combo);
 // Selects the item at the index and shows it; NSNotFound keeps the selection.
 void SelectComboIndex(NSComboBox *combo, NSInteger index);
-// Selects the first item equal to the text and shows it; any other text keeps the selection.
-void SelectComboItem(NSComboBox *combo, NSString *text);

@@ -256,10 +256,6 @@ void ShowComboSelection(NSComboBox *combo) {
   ShowComboItem(combo, [combo indexOfSelectedItem]);
 }
 
-void SelectComboItem(NSComboBox *combo, NSString *text) {
-  SelectComboIndex(combo, [combo indexOfItemWithObjectValue:text]);
-}
-
 void SelectComboIndex(NSComboBox *combo, NSInteger index) {
   // A text not in the list changes nothing; the selected item is shown already.
   if (index == NSNotFound || index == [combo indexOfSelectedItem])
@@ -268,10 +264,15 @@ void SelectComboIndex(NSComboBox *combo, NSInteger index) {
   ShowComboItem(combo, index);
 }
 
+void SetEnabled(NSControl *control, BOOL enabled) {
+  if (![control isEnabled] != !enabled)
+    [control setEnabled:enabled];
+}
+
 void SetFieldEnabled(NSTextField *field, BOOL enabled) {
   if (!enabled && [field currentEditor])
     [field validateEditing];
-  [field setEnabled:enabled];
+  SetEnabled(field, enabled);
 }
 
 void FitCellsToTitles(NSMatrix *group, CGFloat gap) {

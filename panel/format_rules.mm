@@ -9,7 +9,7 @@ using namespace velmar;
 // The box is enabled only for a format that takes it; its tick stays either
 // way and counts again once such a format is back.
 - (void)onImageTypeMatrixClicked {
-  [myTransCButton setEnabled:TakesTransparency(OnChoice(aImageTypeLMatrix, kImageFormats))];
+  SetEnabled(myTransCButton, TakesTransparency(OnChoice(aImageTypeLMatrix, kImageFormats)));
 }
 
 - (const char *)formatWord {
@@ -25,7 +25,7 @@ using namespace velmar;
 
 - (void)imageSaveEnableDisable:(BOOL)enabled {
   SetFieldEnabled(mySaveLocText, enabled);
-  [myDirButton setEnabled:enabled];
+  SetEnabled(myDirButton, enabled);
 }
 
 - (void)onDirClicked {
@@ -53,7 +53,7 @@ using namespace velmar;
 
 - (void)setFormat:(ImageFormat)format tickingTransparency:(BOOL)tick {
   SelectChoice(aImageTypeLMatrix, kImageFormats, format);
-  [myTransCButton setEnabled:TakesTransparency(format)];
+  SetEnabled(myTransCButton, TakesTransparency(format));
   if (tick)
     [myTransCButton setState:NSControlStateValueOn];
 }

@@ -37,7 +37,7 @@ static int32_t Doubled(int32_t height) {
 }
 
 - (void)imageSizeEnableDisable:(BOOL)enabled {
-  [mySizeCombo setEnabled:enabled];
+  SetEnabled(mySizeCombo, enabled);
   [self setFieldsEnabled:enabled];
 }
 
@@ -108,7 +108,7 @@ static int32_t Doubled(int32_t height) {
     [self imageSizeEnableDisable:YES];
   } else if (mode == SizeMode::Panorama) {
     [self imageSizeEnableDisable:YES];
-    [mySizeCombo setEnabled:NO];
+    SetEnabled(mySizeCombo, NO);
     [self selectSizePreset:kCustomSize];
     if ([myHeightValueText intValue] == 0)
       [self applyViewportFallback];
@@ -139,7 +139,7 @@ static int32_t Doubled(int32_t height) {
     [self selectSizePreset:SizePresetOf(width, height)];
     [self writeWidth:width height:height];
   } else {
-    [mySizeCombo setEnabled:NO];
+    SetEnabled(mySizeCombo, NO);
     [self selectSizePreset:kCustomSize];
     if (height != 0)
       [self writeWidth:width height:height];

@@ -56,8 +56,14 @@ bool is_built() {
 }
 
 Outcome fetch(const PanelTexts &texts) {
-  return PerformWindowing(
-      [&](OptionsPanel *) { builtController = [OptionsPanel sharedControllerWithTexts:texts]; });
+  return PerformWindowing([&](OptionsPanel *) {
+    builtController = [OptionsPanel sharedControllerWithTexts:texts];
+    // The panel is on screen; its first drawing looks up the control images,
+    // which must happen here, inside the short image search, and not at the
+    // host's next turn of its event loop, where a setter that built the panel
+    // would leave it.
+    [[builtController window] displayIfNeeded];
+  });
 }
 
 Outcome show() {
@@ -106,14 +112,11 @@ Outcome set_slider(Slider slider, int32_t value) {
 }
 
 Outcome populate_presets(const std::string &joined_names) {
-  return Perform([&](OptionsPanel *controller) {
-    [controller populatePresets:NSStringFromUtf8(joined_names)];
-  });
+  return Perform([&](OptionsPanel *controller) { [controller populatePresets:joined_names]; });
 }
 
 Outcome select_preset(const std::string &name) {
-  return Perform(
-      [&](OptionsPanel *controller) { [controller selectPreset:NSStringFromUtf8(name)]; });
+  return Perform([&](OptionsPanel *controller) { [controller selectPreset:name]; });
 }
 
 } // namespace panel

@@ -3,6 +3,7 @@
 #pragma once
 
 #import <AppKit/AppKit.h>
+#include <objc/runtime.h>
 
 #import "platform/appkit_names.h"
 
@@ -98,36 +99,62 @@ static inline BOOL OpenComboListFromKey(NSComboBox *combo) {
 }
 
 // GNUstep looks an image name up under every file type its image classes
-// know, and with ImageMagick's some 250 types the first use of each control
-// image (check box, radio button, ...) costs 20-40 ms of path searches. The
-// toolkit's own images are TIFF and PNG: while the application object and the
-// panel are made and shown, the search runs without ImageMagick's types (which
-// also spares loading its two hundred coder modules), and the host's list is
-// put back as it was. Images found are cached by name; later draws find them
-// at once.
+// know, and a name that no file has (the theme's own names for the check box,
+// radio button and combo arrow images, which it tries before the common ones)
+// costs a search of every library folder for each type: with ImageMagick's
+// some 250 types the first use of each control image costs 20-40 ms, and even
+// the other classes' fourteen types are a third of building the panel. The
+// toolkit's images are TIFF, a theme's TIFF or PNG: while the application
+// object and the panel are made and shown, one bitmap class that reads those
+// two alone stands in for the host's image classes (which also spares loading
+// ImageMagick's two hundred coder modules), and they are put back as they
+// were, in their order. Images found are cached by name; later draws find
+// them at once.
 #ifdef GNUSTEP
+static id ToolkitImageTypes(id, SEL) {
+  return [NSArray arrayWithObjects:@"tiff", @"png", nil];
+}
+
+// Made at run time: the extension, the driver and the host each compile this
+// header, and one process may load all three; they share the one class.
+static inline Class ToolkitImageRep() {
+  static const char *const name = "VOPToolkitImageRep";
+  Class cls = objc_lookUpClass(name);
+  if (cls)
+    return cls;
+  cls = objc_allocateClassPair([NSBitmapImageRep class], name, 0);
+  Class meta = object_getClass(cls);
+  class_addMethod(meta, @selector(imageUnfilteredFileTypes), (IMP)ToolkitImageTypes, "@@:");
+  class_addMethod(meta, @selector(imageFileTypes), (IMP)ToolkitImageTypes, "@@:");
+  objc_registerClassPair(cls);
+  return cls;
+}
+
 class ShortImageSearch {
 public:
   // Each with a pool of its own: the guard may stand outside the caller's.
-  ShortImageSearch() : magick_(NSClassFromString(@"GSImageMagickImageRep")) {
+  ShortImageSearch() {
     @autoreleasepool {
-      if (magick_ && [[NSImageRep registeredImageRepClasses] containsObject:magick_])
-        [NSImageRep unregisterImageRepClass:magick_];
-      else
-        magick_ = Nil;
+      saved_ = [[NSImageRep registeredImageRepClasses] copy];
+      for (Class cls in saved_)
+        [NSImageRep unregisterImageRepClass:cls];
+      [NSImageRep registerImageRepClass:ToolkitImageRep()];
     }
   }
   ~ShortImageSearch() {
     @autoreleasepool {
-      if (magick_)
-        [NSImageRep registerImageRepClass:magick_];
+      // Registering appends: the host's classes go back in their order.
+      [NSImageRep unregisterImageRepClass:ToolkitImageRep()];
+      for (Class cls in saved_)
+        [NSImageRep registerImageRepClass:cls];
+      [saved_ release];
     }
   }
   ShortImageSearch(const ShortImageSearch &) = delete;
   ShortImageSearch &operator=(const ShortImageSearch &) = delete;
 
 private:
-  Class magick_;
+  NSArray *saved_;
 };
 #else
 // AppKit's image search needs no help. A constructor of its own keeps a guard

@@ -18,5 +18,16 @@ static const CGFloat kAppKitTabChrome = 42;
   return content;
 }
 
+// The Environment tab's controls are first drawn when the tab is first
+// chosen, and their images looked up then: that is done here, at once and
+// with the short image search, rather than at the event loop's next turn with
+// the host's image types (tens of milliseconds and ImageMagick's coders, some
+// 11 MiB). While the panel is being built the tab view is on no window yet.
+- (void)selectTabViewItem:(NSTabViewItem *)item {
+  ShortImageSearch imageSearch;
+  [super selectTabViewItem:item];
+  [[self window] displayIfNeeded];
+}
+
 @end
 #endif

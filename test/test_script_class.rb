@@ -151,7 +151,7 @@ class ScriptClassTest < Minitest::Test
       hard = Process.getrlimit(:AS)[1]
       Process.setrlimit(:AS, size + (32 << 20), hard)
       begin
-        panel.output_format = text
+        panel.preset = text
       rescue NoMemoryError => e
         puts e.class
       ensure

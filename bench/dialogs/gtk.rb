@@ -61,6 +61,24 @@ module Bench
       def set_slider(value) = @intensity_scale.value = value
       def set_combo(name) = @preset_combo.active_id = name
 
+      # The user's click on the folder button, until the chooser has drawn
+      # itself and the X server has done the drawing; then it is cancelled.
+      def time_folder_chooser
+        @location_radios["custom"].active = true
+        shown = nil
+        @on_chooser_drawn = lambda do |dialog|
+          next if shown
+
+          @display.sync
+          shown = Probe.now
+          GLib::Idle.add { dialog.response(Gtk::ResponseType::CANCEL); false }
+        end
+        start = Probe.now
+        @folder_button.clicked
+        @on_chooser_drawn = nil
+        shown - start
+      end
+
       def populate_presets(names)
         @preset_combo.remove_all
         names.each { |name| @preset_combo.append(name, name) }
@@ -123,6 +141,7 @@ module Bench
       def choose_folder
         dialog = Gtk::FileChooserDialog.new(parent: @window, action: :select_folder,
                                             buttons: [["_Cancel", :cancel], ["_Open", :accept]])
+        dialog.signal_connect_after("draw") { @on_chooser_drawn&.call(dialog); false }
         @folder_entry.text = dialog.filename if dialog.run == Gtk::ResponseType::ACCEPT
         dialog.destroy
       end

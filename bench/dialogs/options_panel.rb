@@ -42,6 +42,17 @@ module Bench
       def set_radio(background) = @panel.set_environment_background(background)
       def set_slider(value) = @panel.set_environment_brightness(value)
       def set_combo(name) = @panel.preset = name
+
+      # The user's click on the folder button, until the chooser is drawn.
+      def time_folder_chooser
+        @panel.set_output_directory("custom", "/tmp")
+        OptionsPanelDriver.cancel_folder_chooser_once_shown(10)
+        start = Probe.now
+        OptionsPanelDriver.click(:myDirButton)
+        shown = OptionsPanelDriver.folder_chooser_shown_at or raise "the folder chooser was not shown"
+        shown - start
+      end
+
       def populate_presets(names) = @panel.populate_presets(names.join("|"))
     end
   end
