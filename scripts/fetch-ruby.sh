@@ -6,9 +6,7 @@
 #   scripts/fetch-ruby.sh VERSION     # 2.7 (bullseye) or 3.3 (trixie)
 #
 # Prints the path of an environment file to source: it sets RUBY, RUBYLIB and
-# GEM_PATH for that Ruby, OPTIONS_PANEL_FETCHED_RUBY to its version, which
-# tells the tests which parts to leave to the system's Ruby, and
-# RUBY_CMAKE_ARGS for building against it.
+# GEM_PATH for that Ruby, and RUBY_CMAKE_ARGS for building against it.
 #
 # apt runs with a state, cache and source list of its own under
 # build-rubies/VERSION/, and the packages are only unpacked (dpkg -x): the
@@ -129,7 +127,6 @@ write_env() {
   cat >"$env_file.tmp" <<EOF
 # Ruby $version from Debian $suite, written by scripts/fetch-ruby.sh.
 export RUBY=$root/usr/bin/ruby$version
-export OPTIONS_PANEL_FETCHED_RUBY="$version (Debian $suite)"
 export RUBYLIB=$lib/vendor_ruby:$arch/vendor_ruby/$abi:$lib/$abi:$arch/$abi
 export GEM_PATH=$lib/gems/$abi:$root/usr/share/rubygems-integration/all:$root/usr/lib/x86_64-linux-gnu/rubygems-integration/$abi
 export RUBY_CMAKE_ARGS="-DCMAKE_EXE_LINKER_FLAGS='$(link_flags)'"
