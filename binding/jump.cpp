@@ -43,21 +43,24 @@ static int release(VALUE &value) {
   return state;
 }
 
-static void report_lost_jump() {
-  observer_failed(rb_exc_new_cstr(
-      rb_eRuntimeError, "an observer jumped out of its event; the jump stops at the panel"));
-}
-
-void resume_held_jump() {
+// Lets go of the held jump and goes on with it: an exit or signal is raised
+// again; a throw or break goes on only where it may (`may_resume`) and while
+// its record is still Ruby's own, else it is reported once.
+static void go_on_with_held_jump(bool may_resume) {
   if (!jump_held())
     return;
   VALUE value;
   int state = release(value);
   if (!NIL_P(exception_of(value)))
     rb_exc_raise(value);
-  if (value == rb_errinfo())
+  if (may_resume && value == rb_errinfo())
     rb_jump_tag(state);
-  report_lost_jump();
+  observer_failed(rb_exc_new_cstr(
+      rb_eRuntimeError, "an observer jumped out of its event; the jump stops at the panel"));
+}
+
+void resume_held_jump() {
+  go_on_with_held_jump(true);
 }
 
 void resume_jump_held_within(long depth) {
@@ -66,13 +69,7 @@ void resume_jump_held_within(long depth) {
 }
 
 void settle_stale_jump() {
-  if (!jump_held())
-    return;
-  VALUE value;
-  release(value);
-  if (!NIL_P(exception_of(value)))
-    rb_exc_raise(value);
-  report_lost_jump();
+  go_on_with_held_jump(false);
 }
 
 } // namespace velmar

@@ -31,9 +31,8 @@ static BOOL PopUpListIsOpen() {
   return NO;
 }
 
+// Only the shown tab's controls are asked, and those are all on the window.
 static BOOL CanTakeFocus(NSView *control) {
-  if (![control window] || [control isHiddenOrHasHiddenAncestor])
-    return NO;
   return ![control isKindOfClass:[NSControl class]] || [(NSControl *)control isEnabled];
 }
 
