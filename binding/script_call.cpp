@@ -4,27 +4,48 @@
 #include "binding/text_table.h"
 #include "platform/threads.h"
 
+#include <vector>
+
 namespace velmar {
 
 // One slot per script method in progress, innermost last; each holds the
-// first observer exception of its call, or nil.
-static VALUE held_exceptions = Qnil;
+// first observer exception of its call, or nil. A plain vector, since every
+// event and setter opens and closes one; the collector sees its exceptions
+// through the one object that marks them.
+static std::vector<VALUE> held_exceptions;
+static VALUE held_marker = Qnil;
 
-static VALUE held_list() {
-  if (NIL_P(held_exceptions)) {
-    rb_global_variable(&held_exceptions);
-    held_exceptions = rb_ary_new();
+static void mark_held(void *) {
+  for (VALUE exception : held_exceptions)
+    rb_gc_mark(exception);
+}
+
+// Filled in by name: the fields after the mark function differ between Rubies.
+static const rb_data_type_t *held_marker_type() {
+  static rb_data_type_t type = [] {
+    rb_data_type_t filled = {};
+    filled.wrap_struct_name = "OptionsPanel held exceptions";
+    filled.function.dmark = mark_held;
+    return filled;
+  }();
+  return &type;
+}
+
+static std::vector<VALUE> &held_list() {
+  if (NIL_P(held_marker)) {
+    rb_global_variable(&held_marker);
+    held_marker = TypedData_Wrap_Struct(rb_cObject, held_marker_type(), nullptr);
   }
   return held_exceptions;
 }
 
 void begin_script_call() {
   settle_stale_jump();
-  rb_ary_push(held_list(), Qnil);
+  held_list().push_back(Qnil);
 }
 
 long script_call_depth() {
-  return RARRAY_LEN(held_list());
+  return static_cast<long>(held_exceptions.size());
 }
 
 static VALUE toolkit_error(const panel::ToolkitFailure &failure) {
@@ -36,7 +57,8 @@ static VALUE toolkit_error(const panel::ToolkitFailure &failure) {
 // is held: a jump that goes on takes the place of an earlier exception, as a
 // throw from an ensure clause does in Ruby.
 static VALUE close_call() {
-  VALUE held = rb_ary_pop(held_list());
+  VALUE held = held_exceptions.back();
+  held_exceptions.pop_back();
   return jump_held() ? Qnil : held;
 }
 
@@ -51,14 +73,12 @@ VALUE end_script_call(const panel::Outcome &outcome) {
 }
 
 void abandon_script_call() {
-  rb_ary_pop(held_list());
+  held_exceptions.pop_back();
 }
 
 void observer_failed(VALUE exception) {
-  VALUE list = held_list();
-  long depth = RARRAY_LEN(list);
-  if (depth > 0 && NIL_P(rb_ary_entry(list, depth - 1))) {
-    rb_ary_store(list, depth - 1, exception);
+  if (!held_exceptions.empty() && NIL_P(held_exceptions.back())) {
+    held_exceptions.back() = exception;
     return;
   }
   report_exception(exception);
