@@ -1,5 +1,3 @@
-#include "binding/handlers.h"
-
 #include "binding/convert.h"
 #include "binding/script_call.h"
 
@@ -8,16 +6,52 @@ namespace velmar {
 using panel::Option;
 using panel::Slider;
 
-VALUE set_environment_option(Option option, VALUE on) {
+static VALUE set_box(Option option, VALUE on) {
   ensure_panel();
   bool value = bool_argument(on);
   return raise_or_true(attempt([=] { return panel::set_option(option, value); }));
 }
 
-VALUE set_environment_slider(Slider slider, VALUE value) {
+static VALUE set_slider(Slider slider, VALUE value) {
   ensure_panel();
   int32_t number = int32_argument(value);
   return raise_or_true(attempt([=] { return panel::set_slider(slider, number); }));
+}
+
+VALUE _set_environment_spherical_point_lights(VALUE, VALUE on) {
+  return set_box(Option::SphericalLights, on);
+}
+
+VALUE _set_environment_caustic(VALUE, VALUE on) {
+  return set_box(Option::Caustics, on);
+}
+
+VALUE _set_environment_clay(VALUE, VALUE on) {
+  return set_box(Option::Clay, on);
+}
+
+VALUE _set_environment_caching(VALUE, VALUE on) {
+  return set_box(Option::Caching, on);
+}
+
+VALUE _set_environment_information_bar(VALUE, VALUE on) {
+  return set_box(Option::InformationBar, on);
+}
+
+VALUE _set_environment_translucent_color(VALUE, VALUE on) {
+  return set_box(Option::TranslucentColor, on);
+}
+
+VALUE _set_environment_automatic_materials(VALUE, VALUE on) {
+  return set_box(Option::AutomaticMaterials, on);
+}
+
+VALUE _set_environment_brightness(VALUE, VALUE value) {
+  return set_slider(Slider::Intensity, value);
+}
+
+VALUE _set_environment_contrast(VALUE, VALUE value) {
+  return set_slider(Slider::Exposure, value);
 }
 
 VALUE _set_environment_background(VALUE, VALUE background) {

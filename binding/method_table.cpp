@@ -1,14 +1,38 @@
 #include "binding/method_table.h"
 
 #include "binding/cxx_guard.h"
-#include "binding/handlers.h"
 #include "binding/observers.h"
 #include "binding/text_table.h"
 
 namespace velmar {
 
-using panel::Option;
-using panel::Slider;
+// The handlers, each in the file of its group: text_table.cpp, observers.cpp,
+// panel_methods.cpp, preset_methods.cpp, image_methods.cpp and
+// environment_methods.cpp. Each ignores its receiver but initialize.
+VALUE initialize(VALUE self, VALUE table);
+VALUE _options_panel_title_assign(VALUE self, VALUE title);
+VALUE _options_panel_observe(VALUE self, VALUE observer);
+VALUE _set_environment_show_render_all(VALUE self, VALUE value);
+VALUE _options_panel_show(VALUE self);
+VALUE _options_panel_close(VALUE self);
+VALUE _preset(VALUE self, VALUE name);
+VALUE _populate_presets(VALUE self, VALUE joined_names);
+VALUE _set_output_dimensions(VALUE self, VALUE mode, VALUE width, VALUE height,
+                             VALUE viewport_width, VALUE viewport_height);
+VALUE _output_format(VALUE self, VALUE format);
+VALUE _set_output_format(VALUE self, VALUE, VALUE, VALUE);
+VALUE _set_output_directory(VALUE self, VALUE mode, VALUE folder);
+VALUE _output_directory(VALUE self, VALUE path);
+VALUE _set_environment_spherical_point_lights(VALUE self, VALUE on);
+VALUE _set_environment_background(VALUE self, VALUE background);
+VALUE _set_environment_information_bar(VALUE self, VALUE on);
+VALUE _set_environment_clay(VALUE self, VALUE on);
+VALUE _set_environment_caching(VALUE self, VALUE on);
+VALUE _set_environment_caustic(VALUE self, VALUE on);
+VALUE _set_environment_brightness(VALUE self, VALUE value);
+VALUE _set_environment_contrast(VALUE self, VALUE value);
+VALUE _set_environment_translucent_color(VALUE self, VALUE on);
+VALUE _set_environment_automatic_materials(VALUE self, VALUE on);
 
 // Every handler is guarded: a C++ exception becomes a Ruby one on the way out.
 struct Method {
@@ -17,33 +41,32 @@ struct Method {
   int arity;
 };
 
+// Each script method's Ruby name beside its handler, in the order of definition.
 static const Method kMethods[] = {
-    {"initialize", VELMAR_GUARDED(initialize), 1},
     {"show", VELMAR_GUARDED(_options_panel_show), 0},
     {"close", VELMAR_GUARDED(_options_panel_close), 0},
     {"text=", VELMAR_GUARDED(_options_panel_title_assign), 1},
-    {"observe", VELMAR_GUARDED(_options_panel_observe), 1},
     {"preset=", VELMAR_GUARDED(_preset), 1},
     {"populate_presets", VELMAR_GUARDED(_populate_presets), 1},
     {"set_output_dimensions", VELMAR_GUARDED(_set_output_dimensions), 5},
     {"output_format=", VELMAR_GUARDED(_output_format), 1},
+    {"set_environment_spherical_point_lights",
+     VELMAR_GUARDED(_set_environment_spherical_point_lights), 1},
+    {"set_environment_background", VELMAR_GUARDED(_set_environment_background), 1},
+    {"set_environment_information_bar", VELMAR_GUARDED(_set_environment_information_bar), 1},
+    {"set_environment_clay", VELMAR_GUARDED(_set_environment_clay), 1},
+    {"set_environment_caching", VELMAR_GUARDED(_set_environment_caching), 1},
+    {"set_environment_caustic", VELMAR_GUARDED(_set_environment_caustic), 1},
+    {"set_environment_brightness", VELMAR_GUARDED(_set_environment_brightness), 1},
+    {"set_environment_contrast", VELMAR_GUARDED(_set_environment_contrast), 1},
+    {"set_environment_translucent_color", VELMAR_GUARDED(_set_environment_translucent_color), 1},
+    {"set_environment_automatic_materials", VELMAR_GUARDED(_set_environment_automatic_materials),
+     1},
     {"set_output_format", VELMAR_GUARDED(_set_output_format), 3},
     {"set_output_directory", VELMAR_GUARDED(_set_output_directory), 2},
+    {"observe", VELMAR_GUARDED(_options_panel_observe), 1},
     {"output_directory", VELMAR_GUARDED(_output_directory), 1},
-    {"set_environment_background", VELMAR_GUARDED(_set_environment_background), 1},
-    {"set_environment_spherical_point_lights",
-     VELMAR_GUARDED(_set_environment_option<Option::SphericalLights>), 1},
-    {"set_environment_caustic", VELMAR_GUARDED(_set_environment_option<Option::Caustics>), 1},
-    {"set_environment_clay", VELMAR_GUARDED(_set_environment_option<Option::Clay>), 1},
-    {"set_environment_caching", VELMAR_GUARDED(_set_environment_option<Option::Caching>), 1},
-    {"set_environment_information_bar",
-     VELMAR_GUARDED(_set_environment_option<Option::InformationBar>), 1},
-    {"set_environment_translucent_color",
-     VELMAR_GUARDED(_set_environment_option<Option::TranslucentColor>), 1},
-    {"set_environment_automatic_materials",
-     VELMAR_GUARDED(_set_environment_option<Option::AutomaticMaterials>), 1},
-    {"set_environment_brightness", VELMAR_GUARDED(_set_environment_slider<Slider::Intensity>), 1},
-    {"set_environment_contrast", VELMAR_GUARDED(_set_environment_slider<Slider::Exposure>), 1},
+    {"initialize", VELMAR_GUARDED(initialize), 1},
     {"hide_render_all=", VELMAR_GUARDED(_set_environment_show_render_all), 1},
 };
 

@@ -1,7 +1,6 @@
 #include "binding/observers.h"
 
 #include "binding/convert.h"
-#include "binding/handlers.h"
 #include "binding/cxx_guard.h"
 #include "binding/jump.h"
 #include "binding/script_call.h"
@@ -10,6 +9,8 @@
 namespace velmar {
 
 static VALUE options_panel_observers = Qnil;
+// Each event's method, looked up once: events come in loops and in every OK.
+static ID event_methods[kEventCount];
 
 // One event on its way through the observers present when it was sent; an
 // observer added meanwhile hears only later events.
@@ -50,16 +51,12 @@ static bool protect(VALUE (*body)(VALUE), VALUE argument) {
   return false;
 }
 
-static void notify(ID event, VALUE payload) {
-  Delivery delivery{options_panel_observers, RARRAY_LEN(options_panel_observers), 0, event,
-                    payload};
+void notify_options_window_observer(Event event, VALUE payload) {
+  Delivery delivery{options_panel_observers, RARRAY_LEN(options_panel_observers), 0,
+                    event_methods[static_cast<size_t>(event)], payload};
   while (!jump_held() && !protect(deliver_from_next, reinterpret_cast<VALUE>(&delivery)))
     ;
   RB_GC_GUARD(payload);
-}
-
-void notify_options_window_observer(const char *event, VALUE payload) {
-  notify(rb_intern(event), payload);
 }
 
 static VALUE ruby_value(const EventValue &value) {
@@ -75,7 +72,7 @@ static VALUE ruby_value(const EventValue &value) {
 }
 
 struct PanelEvent {
-  const char *name;
+  Event event;
   const EventValues *values;
 };
 
@@ -91,20 +88,22 @@ static VALUE panel_payload(const EventValues &values) {
 static VALUE deliver_panel_event(VALUE argument) {
   const auto *event = reinterpret_cast<const PanelEvent *>(argument);
   VALUE payload = guard_cxx([&] { return panel_payload(*event->values); });
-  notify_options_window_observer(event->name, payload);
+  notify_options_window_observer(event->event, payload);
   return Qnil;
 }
 
 // The panel calls this from inside the toolkit's frames. While a jump is held
 // no Ruby code may run, so the event is dropped.
-static void panel_event_sink(const char *name, const EventValues &values) {
+static void panel_event_sink(Event sent, const EventValues &values) {
   if (jump_held())
     return;
-  PanelEvent event{name, &values};
+  PanelEvent event{sent, &values};
   protect(deliver_panel_event, reinterpret_cast<VALUE>(&event));
 }
 
 void init_observers() {
+  for (size_t i = 0; i < kEventCount; ++i)
+    event_methods[i] = rb_intern(kEventNames[i]);
   rb_global_variable(&options_panel_observers);
   options_panel_observers = rb_ary_new();
   set_event_sink(panel_event_sink);
@@ -116,11 +115,9 @@ VALUE _options_panel_observe(VALUE, VALUE observer) {
 }
 
 VALUE _set_environment_show_render_all(VALUE, VALUE value) {
-  // Scripts may send this one in a loop: its name is looked up once.
-  static const ID event = rb_intern("options_changed_show_render_all");
   VALUE payload = rb_ary_new_from_values(1, &value);
   return raise_or_true(attempt([=] {
-    notify(event, payload);
+    notify_options_window_observer(Event::ShowRenderAll, payload);
     return panel::Outcome();
   }));
 }

@@ -1,5 +1,3 @@
-#include "binding/handlers.h"
-
 #include "binding/script_call.h"
 
 namespace velmar {

@@ -1,7 +1,6 @@
 #include "binding/text_table.h"
 
 #include "binding/convert.h"
-#include "binding/handlers.h"
 #include "binding/script_call.h"
 
 namespace velmar {

@@ -39,7 +39,6 @@
   NSMatrix *aImageSizeMatrix;
   NSMatrix *aImageTypeLMatrix;
   NSMatrix *matrix;
-  NSArray *myPresets;
   // Each tab's controls in the order Tab visits them.
   NSArray *imageKeyOrder;
   NSArray *environmentKeyOrder;
@@ -110,9 +109,6 @@
 - (void)onSizeComboBoxSelected;
 // Selects without running the size-preset rule, and shows the selected item.
 - (void)selectSizePreset:(size_t)preset;
-- (void)rememberViewportWidth:(int32_t)width;
-- (void)rememberViewportHeight:(int32_t)height;
-- (void)setSizeMode:(velmar::SizeMode)mode width:(int32_t)width height:(int32_t)height;
 @end
 
 @interface OptionsPanel (FormatAndSaveLocation)
@@ -122,18 +118,8 @@
 - (void)onImageTypeMatrixClicked;
 // The word OK reports for the format and the transparency box.
 - (const char *)formatWord;
-- (void)setFormat:(velmar::ImageFormat)format tickingTransparency:(BOOL)tick;
-- (void)setSaveLocation:(velmar::SaveLocation)location folder:(NSString *)folder;
 @end
 
 @interface OptionsPanel (Environment)
 - (void)onResetClicked;
-- (void)setOption:(velmar::panel::Option)option on:(BOOL)on;
-- (void)setBackground:(velmar::Background)background;
-- (void)setSlider:(velmar::panel::Slider)slider value:(int32_t)value;
-@end
-
-@interface OptionsPanel (Presets)
-- (void)populatePresets:(const std::string &)joinedNames;
-- (void)selectPreset:(const std::string &)name;
 @end

@@ -1,11 +1,11 @@
-#import "panel/OptionsPanel.h"
+#import "panel/perform.h"
 
 #import "panel/controls.h"
 #import "panel/event_pump.h"
 
 #include "panel/events.h"
 
-static OptionsPanel *sharedInstance = nil;
+OptionsPanel *velmar::panel::built_controller = nil;
 
 // OK and Close are fitted to their texts from where the layout puts them; a
 // long Close text ("Schließen") would run past the window's right margin, and
@@ -29,20 +29,21 @@ static NSArray *TextsAsStrings(const velmar::PanelTexts &texts) {
 @implementation OptionsPanel
 
 + (instancetype)sharedControllerWithTexts:(const velmar::PanelTexts &)texts {
-  if (!sharedInstance) {
+  using velmar::panel::built_controller;
+  if (!built_controller) {
     EnsureApplicationObject();
     PrepareRealInput();
-    sharedInstance = [[self alloc] initWithTexts:texts];
+    built_controller = [[self alloc] initWithTexts:texts];
   }
-  return sharedInstance;
+  return built_controller;
 }
 
 + (instancetype)sharedController {
-  return sharedInstance;
+  return velmar::panel::built_controller;
 }
 
 + (BOOL)isBuilt {
-  return sharedInstance != nil;
+  return velmar::panel::built_controller != nil;
 }
 
 - (instancetype)initWithTexts:(const velmar::PanelTexts &)panelTexts {
@@ -128,7 +129,7 @@ static NSArray *TextsAsStrings(const velmar::PanelTexts &texts) {
   isOpen = NO;
   // Each time the panel closes, so that no number of sessions piles them up.
   DropFinishedTimers();
-  velmar::send_event("close", {1.0});
+  velmar::send_event(velmar::Event::Close, {1.0});
 }
 
 - (void)applicationWillTerminate:(NSNotification *)notification {

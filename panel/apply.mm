@@ -30,7 +30,7 @@ static int32_t StateOf(NSButton *box) {
   NSInteger index = [myPresetCombo indexOfSelectedItem];
   std::string preset =
       index >= 0 ? Utf8FromNSString([myPresetCombo itemObjectValueAtIndex:index]) : std::string();
-  send_event("preset_changed", {preset});
+  send_event(Event::PresetChanged, {preset});
 
   std::string sizeMode = OnWord(aImageSizeMatrix, kSizeModes);
   std::string width = Utf8FromNSString([myWidthValueText stringValue]);
@@ -38,15 +38,15 @@ static int32_t StateOf(NSButton *box) {
   std::string folder = Utf8FromNSString([mySaveLocText stringValue]);
   std::string format = [self formatWord];
   std::string saveMode = OnWord(aISLMatrix, kSaveLocations);
-  send_event("output_changed", {sizeMode, width, height, format, saveMode, folder, preset});
+  send_event(Event::OutputChanged, {sizeMode, width, height, format, saveMode, folder, preset});
 
   std::string background = OnWord(matrix, kBackgrounds);
-  send_event("environment_changed",
+  send_event(Event::EnvironmentChanged,
              {background, StateOf(myClayCButton), StateOf(myCausticsCButton), StateOf(mySOLCButton),
               (int32_t)[myIntensitySlider intValue], (int32_t)[myExposureSlider intValue]});
 
-  send_event("options_changed", {StateOf(myIBCButton), StateOf(myGCCButton), StateOf(myTCCButton),
-                                 (int32_t)[myAMCButton intValue]});
+  send_event(Event::OptionsChanged, {StateOf(myIBCButton), StateOf(myGCCButton),
+                                     StateOf(myTCCButton), (int32_t)[myAMCButton intValue]});
 }
 
 @end

@@ -17,6 +17,8 @@ NSButton *MakeCheckBox(NSRect frame, NSString *title, id target);
 NSTextField *MakeTextField(NSRect frame);
 NSComboBox *MakeComboBox(NSRect frame);
 NSBox *MakeSeparator(NSRect frame);
+// Where a slider starts, and where Reset puts it back.
+constexpr int kSliderStart = 50;
 NSSlider *MakeSlider(NSRect frame, id target);
 // A slider that answers presses on its drawn track only, not on the empty rest of its frame.
 @interface VOPTrackSlider : NSSlider

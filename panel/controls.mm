@@ -196,7 +196,7 @@ NSSlider *MakeSlider(NSRect frame, id target) {
   [slider setMinValue:0.0];
   [slider setMaxValue:100.0];
   [slider setTarget:target];
-  [slider setIntValue:50];
+  [slider setIntValue:kSliderStart];
   return slider;
 }
 

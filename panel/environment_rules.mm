@@ -1,49 +1,54 @@
-#import "panel/OptionsPanel.h"
-
+#import "panel/perform.h"
 #import "panel/radio_groups.h"
 
 using namespace velmar;
 using panel::Option;
 using panel::Slider;
 
-@implementation OptionsPanel (Environment)
-
-- (NSButton *)boxOfOption:(Option)option {
+static NSButton *BoxOfOption(OptionsPanel *panel, Option option) {
   switch (option) {
   case Option::SphericalLights:
-    return mySOLCButton;
+    return panel->mySOLCButton;
   case Option::Caustics:
-    return myCausticsCButton;
+    return panel->myCausticsCButton;
   case Option::Clay:
-    return myClayCButton;
+    return panel->myClayCButton;
   case Option::Caching:
-    return myGCCButton;
+    return panel->myGCCButton;
   case Option::InformationBar:
-    return myIBCButton;
+    return panel->myIBCButton;
   case Option::TranslucentColor:
-    return myTCCButton;
+    return panel->myTCCButton;
   case Option::AutomaticMaterials:
-    return myAMCButton;
+    return panel->myAMCButton;
   }
   return nil;
 }
 
-- (void)setOption:(Option)option on:(BOOL)on {
-  [[self boxOfOption:option] setState:on ? NSControlStateValueOn : NSControlStateValueOff];
-}
-
-- (void)setBackground:(Background)background {
-  SelectChoice(matrix, kBackgrounds, background);
-}
-
-- (void)setSlider:(Slider)slider value:(int32_t)value {
-  // The slider pins the value to its range itself.
-  [slider == Slider::Intensity ? myIntensitySlider : myExposureSlider setIntValue:value];
-}
+@implementation OptionsPanel (Environment)
 
 - (void)onResetClicked {
-  [myIntensitySlider setIntValue:50];
-  [myExposureSlider setIntValue:50];
+  [myIntensitySlider setIntValue:kSliderStart];
+  [myExposureSlider setIntValue:kSliderStart];
 }
 
 @end
+
+panel::Outcome panel::set_option(Option option, bool on) {
+  return Perform([=](OptionsPanel *panel) {
+    [BoxOfOption(panel, option) setState:on ? NSControlStateValueOn : NSControlStateValueOff];
+  });
+}
+
+panel::Outcome panel::set_background(Background background) {
+  return Perform(
+      [=](OptionsPanel *panel) { SelectChoice(panel->matrix, kBackgrounds, background); });
+}
+
+panel::Outcome panel::set_slider(Slider slider, int32_t value) {
+  return Perform([=](OptionsPanel *panel) {
+    // The slider pins the value to its range itself.
+    [slider == Slider::Intensity ? panel->myIntensitySlider : panel->myExposureSlider
+        setIntValue:value];
+  });
+}

@@ -1,4 +1,4 @@
-#import "panel/OptionsPanel.h"
+#import "panel/perform.h"
 
 #import "panel/radio_groups.h"
 
@@ -51,17 +51,22 @@ using namespace velmar;
   TakeKeysBackAfterChooser(window);
 }
 
-- (void)setFormat:(ImageFormat)format tickingTransparency:(BOOL)tick {
-  SelectChoice(aImageTypeLMatrix, kImageFormats, format);
-  SetEnabled(myTransCButton, TakesTransparency(format));
-  if (tick)
-    [myTransCButton setState:NSControlStateValueOn];
-}
-
-- (void)setSaveLocation:(SaveLocation)location folder:(NSString *)folder {
-  [mySaveLocText setStringValue:folder];
-  [self imageSaveEnableDisable:location == SaveLocation::Custom];
-  SelectChoice(aISLMatrix, kSaveLocations, location);
-}
-
 @end
+
+// A tick stays until the user clears it: without `tick` the box keeps its own.
+panel::Outcome panel::set_output_format(ImageFormat format, bool tick) {
+  return Perform([=](OptionsPanel *panel) {
+    SelectChoice(panel->aImageTypeLMatrix, kImageFormats, format);
+    SetEnabled(panel->myTransCButton, TakesTransparency(format));
+    if (tick)
+      [panel->myTransCButton setState:NSControlStateValueOn];
+  });
+}
+
+panel::Outcome panel::set_output_directory(SaveLocation location, const std::string &folder) {
+  return Perform([&](OptionsPanel *panel) {
+    [panel->mySaveLocText setStringValue:NSStringFromUtf8(folder)];
+    [panel imageSaveEnableDisable:location == SaveLocation::Custom];
+    SelectChoice(panel->aISLMatrix, kSaveLocations, location);
+  });
+}

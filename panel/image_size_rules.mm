@@ -1,4 +1,4 @@
-#import "panel/OptionsPanel.h"
+#import "panel/perform.h"
 
 #import "panel/radio_groups.h"
 
@@ -119,34 +119,36 @@ static int32_t Doubled(int32_t height) {
     [self onWidthValue];
 }
 
-- (void)rememberViewportWidth:(int32_t)width {
-  myVWidthINTValue = width;
-}
-
-- (void)rememberViewportHeight:(int32_t)height {
-  myVHeightINTValue = height;
-}
-
-- (void)setSizeMode:(SizeMode)mode width:(int32_t)width height:(int32_t)height {
-  SelectChoice(aImageSizeMatrix, kSizeModes, mode);
-  if (mode == SizeMode::Viewport) {
-    [self imageSizeEnableDisable:NO];
-    [self selectSizePreset:kCustomSize];
-    [self writeWidth:0 height:0];
-  } else if (mode == SizeMode::Fixed) {
-    [self imageSizeEnableDisable:YES];
-    // A size that names no item leaves the user to type it: "Custom".
-    [self selectSizePreset:SizePresetOf(width, height)];
-    [self writeWidth:width height:height];
-  } else {
-    SetEnabled(mySizeCombo, NO);
-    [self selectSizePreset:kCustomSize];
-    if (height != 0)
-      [self writeWidth:width height:height];
-    else
-      [self applyViewportFallback];
-    [self setFieldsEnabled:YES];
-  }
-}
-
 @end
+
+panel::Outcome panel::remember_viewport_width(int32_t width) {
+  return Perform([=](OptionsPanel *panel) { panel->myVWidthINTValue = width; });
+}
+
+panel::Outcome panel::remember_viewport_height(int32_t height) {
+  return Perform([=](OptionsPanel *panel) { panel->myVHeightINTValue = height; });
+}
+
+panel::Outcome panel::set_output_dimensions(SizeMode mode, int32_t width, int32_t height) {
+  return Perform([=](OptionsPanel *panel) {
+    SelectChoice(panel->aImageSizeMatrix, kSizeModes, mode);
+    if (mode == SizeMode::Viewport) {
+      [panel imageSizeEnableDisable:NO];
+      [panel selectSizePreset:kCustomSize];
+      [panel writeWidth:0 height:0];
+    } else if (mode == SizeMode::Fixed) {
+      [panel imageSizeEnableDisable:YES];
+      // A size that names no item leaves the user to type it: "Custom".
+      [panel selectSizePreset:SizePresetOf(width, height)];
+      [panel writeWidth:width height:height];
+    } else {
+      SetEnabled(panel->mySizeCombo, NO);
+      [panel selectSizePreset:kCustomSize];
+      if (height != 0)
+        [panel writeWidth:width height:height];
+      else
+        [panel applyViewportFallback];
+      [panel setFieldsEnabled:YES];
+    }
+  });
+}

@@ -1,10 +1,10 @@
-#import "panel/OptionsPanel.h"
-
-#import "panel/controls.h"
+#import "panel/perform.h"
 
 #include <algorithm>
 #include <string>
 #include <vector>
+
+using namespace velmar;
 
 // The list's names as UTF-8, in its order: a script selects a preset by name
 // in a loop, and comparing bytes spares making a string and searching the
@@ -20,28 +20,27 @@ static std::vector<std::string> SplitNames(const std::string &joined) {
   return names;
 }
 
-@implementation OptionsPanel (Presets)
-
-- (void)populatePresets:(const std::string &)joinedNames {
-  presetNames = SplitNames(joinedNames);
-  NSArray *names = [NSStringFromUtf8(joinedNames) componentsSeparatedByString:@"|"];
-  [myPresets release];
-  myPresets = [names retain];
-  // GNUstep keeps the selected index through removeAllItems, so it would
-  // point into the new items.
-  NSInteger selected = [myPresetCombo indexOfSelectedItem];
-  if (selected >= 0)
-    [myPresetCombo deselectItemAtIndex:selected];
-  [myPresetCombo removeAllItems];
-  [myPresetCombo addItemsWithObjectValues:names];
-  // The old selection went with the old items.
-  ShowComboSelection(myPresetCombo);
+panel::Outcome panel::populate_presets(const std::string &joined_names) {
+  return Perform([&](OptionsPanel *panel) {
+    presetNames = SplitNames(joined_names);
+    NSComboBox *list = panel->myPresetCombo;
+    // GNUstep keeps the selected index through removeAllItems, so it would
+    // point into the new items.
+    NSInteger selected = [list indexOfSelectedItem];
+    if (selected >= 0)
+      [list deselectItemAtIndex:selected];
+    [list removeAllItems];
+    [list
+        addItemsWithObjectValues:[NSStringFromUtf8(joined_names) componentsSeparatedByString:@"|"]];
+    // The old selection went with the old items.
+    ShowComboSelection(list);
+  });
 }
 
-- (void)selectPreset:(const std::string &)name {
-  auto found = std::find(presetNames.begin(), presetNames.end(), name);
-  SelectComboIndex(myPresetCombo,
-                   found == presetNames.end() ? NSNotFound : found - presetNames.begin());
+panel::Outcome panel::select_preset(const std::string &name) {
+  return Perform([&](OptionsPanel *panel) {
+    auto found = std::find(presetNames.begin(), presetNames.end(), name);
+    SelectComboIndex(panel->myPresetCombo,
+                     found == presetNames.end() ? NSNotFound : found - presetNames.begin());
+  });
 }
-
-@end
