@@ -1,6 +1,7 @@
 // Acts as the user on the options panel through the toolkit's own paths, and
 // reads back what the user sees. Controls are reached by their names in the
-// controller, so the panel itself carries no test hooks.
+// controller (or the readable names of control_names.h), so the panel itself
+// carries no test hooks.
 #import <AppKit/AppKit.h>
 
 #include <ruby.h>
@@ -12,6 +13,7 @@
 #include "binding/cxx_guard.h"
 #include "binding/exports.h"
 #include "binding/jump.h"
+#include "driver/control_names.h"
 #import "platform/platform.h"
 
 // A slider that draws, and takes presses, on a track narrower than its frame.
@@ -94,7 +96,7 @@ static void Refuse(NSString *format, ...) {
 // as an object would crash.
 static id ControlNamed(const char *name) {
   id controller = Controller();
-  Ivar ivar = class_getInstanceVariable([controller class], name);
+  Ivar ivar = class_getInstanceVariable([controller class], ControllerName(name));
   id view = ivar && ivar_getTypeEncoding(ivar)[0] == '@' ? object_getIvar(controller, ivar) : nil;
   if (![view isKindOfClass:[NSView class]])
     Refuse(@"no control named %s", name);
@@ -250,7 +252,7 @@ static NSTabView *Tabs() {
 static NSTabViewItem *TabAt(long index) {
   NSTabView *tabView = Tabs();
   if (index < 0 || index >= [tabView numberOfTabViewItems])
-    Refuse(@"myTabView has no tab %ld", index);
+    Refuse(@"tabs has no tab %ld", index);
   return [tabView tabViewItemAtIndex:index];
 }
 
@@ -739,8 +741,8 @@ static VALUE screen_point(VALUE, VALUE name, VALUE index) {
   });
 }
 
-// The name under which the controller keeps the control that has the keyboard
-// focus; the title of a button it keeps no name for (Reset); nil when nothing has it.
+// The readable name of the control that has the keyboard focus; the title of a
+// button the controller keeps no name for (Reset); nil when nothing has it.
 static id FocusedName() {
   id<VOPController> controller = Controller();
   NSView *focused = [controller focusedControl];
@@ -751,8 +753,9 @@ static id FocusedName() {
   id name = nil;
   for (unsigned i = 0; i < count && !name; ++i) {
     const char *type = ivar_getTypeEncoding(ivars[i]);
-    if (type && type[0] == '@' && object_getIvar(controller, ivars[i]) == focused)
-      name = [NSString stringWithUTF8String:ivar_getName(ivars[i])];
+    const char *readable = ReadableName(ivar_getName(ivars[i]));
+    if (readable && type && type[0] == '@' && object_getIvar(controller, ivars[i]) == focused)
+      name = [NSString stringWithUTF8String:readable];
   }
   free(ivars);
   if (!name && [focused isKindOfClass:[NSButton class]])
@@ -762,6 +765,13 @@ static id FocusedName() {
 
 static VALUE focused(VALUE) {
   return Drive([] { return FocusedName(); });
+}
+
+static VALUE control_names(VALUE) {
+  VALUE names = rb_hash_new();
+  for (const ControlName &entry : kControlNames)
+    rb_hash_aset(names, ID2SYM(rb_intern(entry.readable)), ID2SYM(rb_intern(entry.controller)));
+  return names;
 }
 
 static VALUE window_state(VALUE) {
@@ -886,6 +896,7 @@ extern "C" __attribute__((visibility("default"))) void Init_OptionsPanelDriver()
          VELMAR_GUARDED(cancel_folder_chooser_once_shown), 1);
   define(driver, "folder_chooser_shown_at", VELMAR_GUARDED(folder_chooser_shown_at), 0);
   define(driver, "control", VELMAR_GUARDED(control), 1);
+  define(driver, "control_names", VELMAR_GUARDED(control_names), 0);
   define(driver, "run_loop_timers", VELMAR_GUARDED(run_loop_timers), 0);
   define(driver, "screen_point", VELMAR_GUARDED(screen_point), 2);
   define(driver, "content_views", VELMAR_GUARDED(content_views), 0);

@@ -184,7 +184,7 @@ module RenderSettingsPlugin
       puts "screenshot: #{path}"
     end
     OptionsPanelDriver.choose_tab(0)
-    OptionsPanelDriver.click(:m_pButton)
+    OptionsPanelDriver.click(:ok)
   end
 
   def self.parse(arguments)

@@ -304,11 +304,11 @@ FuzzAction = Struct.new(:text, :call, :gate, :check, :hostile, keyword_init: tru
 class FuzzBroken < StandardError; end
 
 module FuzzPanel
-  RADIO_GROUPS = %i[aImageSizeMatrix aImageTypeLMatrix aISLMatrix matrix].freeze
+  RADIO_GROUPS = %i[size_mode format save_location background].freeze
   SIZE_MODES = %w[viewport fixed panorama].freeze
-  BOXES = { spherical_point_lights: :mySOLCButton, information_bar: :myIBCButton,
-            clay: :myClayCButton, caching: :myGCCButton, caustic: :myCausticsCButton,
-            translucent_color: :myTCCButton, automatic_materials: :myAMCButton }.freeze
+  BOXES = { spherical_point_lights: :spherical_point_lights, information_bar: :information_bar,
+            clay: :clay, caching: :caching, caustic: :caustics,
+            translucent_color: :translucent_color, automatic_materials: :automatic_materials }.freeze
   # Script methods and the sort of each argument. `observe` is left out: the
   # observer list only grows, and the recorder is registered once.
   API = {
@@ -375,7 +375,7 @@ module FuzzScriptActions
   end
 
   def preset_name
-    items = control(:myPresetCombo)[:items]
+    items = control(:preset)[:items]
     return @args.value(:preset) if items.empty? || @rng.rand(3).zero?
 
     items[@rng.rand(items.size)]
@@ -419,29 +419,29 @@ module FuzzUserActions
   end
 
   def header_actions
-    [[4, -> { ok_action }], [2, -> { close_action(:click, :m_cButton) }],
+    [[4, -> { ok_action }], [2, -> { close_action(:click, :close) }],
      [2, -> { close_action(:close_box) }], [4, -> { tab_action }], [3, -> { preset_pick }],
      [1, -> { call_api(:show, []) }], [1, -> { driver_action(:process_events) }],
      [2, -> { hostile_driver_action }]]
   end
 
   def image_actions
-    [[6, -> { cell(:aImageSizeMatrix, 3) }], [4, -> { cell(:aImageTypeLMatrix, 3) }],
-     [4, -> { cell(:aISLMatrix, 2) }], [2, -> { driver_action(:click, :myTransCButton) }],
+    [[6, -> { cell(:size_mode, 3) }], [4, -> { cell(:format, 3) }],
+     [4, -> { cell(:save_location, 2) }], [2, -> { driver_action(:click, :transparent_background) }],
      [6, -> { size_pick }], [14, -> { edit }], [1, -> { folder_chooser }]]
   end
 
   def environment_actions
-    boxes = FuzzPanel::BOXES.values - [:myGCCButton] # the caching box is never on screen
+    boxes = FuzzPanel::BOXES.values - [:caching] # the caching box is never on screen
     # Each button click waits out the toolkit's highlight (about 0.1 s), so
     # boxes that no rule ties to anything else get a small share.
     [[4, -> { driver_action(:click, boxes[@rng.rand(boxes.size)]) }],
-     [4, -> { cell(:matrix, 3) }], [2, -> { slide_action }], [1, -> { reset_action }]]
+     [4, -> { cell(:background, 3) }], [2, -> { slide_action }], [1, -> { reset_action }]]
   end
 
   # A drag let go anywhere, past either end too: the slider stops at its end.
   def slide_action
-    slider = %i[myIntensitySlider myExposureSlider][@rng.rand(2)]
+    slider = %i[intensity exposure][@rng.rand(2)]
     value = @rng.rand(-20..120)
     check = lambda do |error, _|
       expect("#{slider} value", control(slider)[:value], value.clamp(0, 100)) unless error
@@ -457,21 +457,21 @@ module FuzzUserActions
   end
 
   def cell(name, count)
-    on_click = ->(error, _) { @fields_locked = false unless error } if name == :aImageSizeMatrix
+    on_click = ->(error, _) { @fields_locked = false unless error } if name == :size_mode
     driver_action(:click_cell, name, @rng.rand(count), check: quiet(on_click))
   end
 
   def size_pick
     index = @rng.rand(10)
-    driver_action(:pick, :mySizeCombo, index,
+    driver_action(:pick, :size, index,
                   check: quiet(->(error, _) { @fields_locked = !index.zero? unless error }))
   end
 
   def preset_pick
-    count = control(:myPresetCombo)[:items].size
+    count = control(:preset)[:items].size
     return tab_action if count.zero?
 
-    driver_action(:pick, :myPresetCombo, @rng.rand(count))
+    driver_action(:pick, :preset, @rng.rand(count))
   end
 
   def tab_action = driver_action(:choose_tab, @rng.rand(2))
@@ -482,7 +482,7 @@ module FuzzUserActions
   end
 
   def edit
-    field = %i[myWidthValueText myHeightValueText mySaveLocText][@rng.rand(3)]
+    field = %i[width height folder][@rng.rand(3)]
     case @rng.rand(10)
     when 0..4 then driver_action(:type, field, TYPED[@rng.rand(TYPED.size)])
     when 5 then driver_action(:replace, field, TYPED[@rng.rand(TYPED.size)])
@@ -496,11 +496,11 @@ module FuzzUserActions
   def folder_chooser
     folder = @rng.rand(2).zero? ? nil : "/tmp"
     call = lambda do
-      @driver.answer_folder_chooser(folder, 5) if control(:myDirButton)[:enabled]
-      @driver.click(:myDirButton)
+      @driver.answer_folder_chooser(folder, 5) if control(:choose_folder)[:enabled]
+      @driver.click(:choose_folder)
     end
-    FuzzAction.new(text: "Driver.click(:myDirButton), answered with #{folder.inspect}",
-                   call: call, gate: :myDirButton,
+    FuzzAction.new(text: "Driver.click(:choose_folder), answered with #{folder.inspect}",
+                   call: call, gate: :choose_folder,
                    check: quiet(->(error, _) { chooser_check(folder) unless error }))
   end
 
@@ -508,9 +508,9 @@ module FuzzUserActions
     report = nil
     call = lambda do
       report = read_report
-      @driver.click(:m_pButton)
+      @driver.click(:ok)
     end
-    FuzzAction.new(text: "Driver.click(:m_pButton)", call: call, gate: :m_pButton,
+    FuzzAction.new(text: "Driver.click(:ok)", call: call, gate: :ok,
                    check: ->(error, _) { ok_check(report) unless error })
   end
 
@@ -531,8 +531,8 @@ end
 # or no name at all, an index or a text of the wrong type. It must refuse
 # before it reaches the toolkit, changing nothing and sending nothing.
 module FuzzHostileDriver
-  NAMES = [42, nil, 1.5, 2**70, Opaque.new("object"), [:m_pButton], { m_pButton: 1 },
-           :no_such_control, :"m_pButton ", "m_p\0Button", "", "x" * 4096].freeze
+  NAMES = [42, nil, 1.5, 2**70, Opaque.new("object"), [:ok], { ok: 1 },
+           :no_such_control, :"ok ", "m_p\0Button", "", "x" * 4096].freeze
   NOT_NUMBERS = ["1", nil, :first, Opaque.new("object"), [0], 2**70].freeze
   NOT_TEXTS = [12, nil, :typed, Opaque.new("object"), "1\x002"].freeze
 
@@ -552,9 +552,9 @@ module FuzzHostileDriver
     when 1 then [:control, name]
     when 2 then [:press, name]
     when 3 then [:pick, name, 0]
-    when 4 then [:click_cell, :aISLMatrix, NOT_NUMBERS[@rng.rand(NOT_NUMBERS.size)]]
-    when 5 then [:type, :myWidthValueText, NOT_TEXTS[@rng.rand(NOT_TEXTS.size)]]
-    when 6 then [:replace, :myWidthValueText, NOT_TEXTS[@rng.rand(NOT_TEXTS.size)]]
+    when 4 then [:click_cell, :save_location, NOT_NUMBERS[@rng.rand(NOT_NUMBERS.size)]]
+    when 5 then [:type, :width, NOT_TEXTS[@rng.rand(NOT_TEXTS.size)]]
+    when 6 then [:replace, :width, NOT_TEXTS[@rng.rand(NOT_TEXTS.size)]]
     when 7 then [:slide, name, 50]
     else [:choose_tab, NOT_NUMBERS[@rng.rand(NOT_NUMBERS.size)]]
     end
@@ -626,29 +626,29 @@ module FuzzEffects
   def format_effect(_, format)
     word = PanelText.of(format)
     column = { "pnga" => 0, "png" => 0, "jpg" => 1 }.fetch(word, 2)
-    expect("aImageTypeLMatrix", cells(:aImageTypeLMatrix), one_on(3, column))
-    expect("myTransCButton state", control(:myTransCButton)[:state], 1) if word == "pnga"
+    expect("format", cells(:format), one_on(3, column))
+    expect("transparent_background state", control(:transparent_background)[:state], 1) if word == "pnga"
   end
 
   def save_effect(_, mode, folder)
-    expect("aISLMatrix", cells(:aISLMatrix), PanelText.of(mode) == "model" ? [1, 0] : [0, 1])
-    expect("mySaveLocText", text_of(:mySaveLocText), PanelText.of(folder))
+    expect("save_location", cells(:save_location), PanelText.of(mode) == "model" ? [1, 0] : [0, 1])
+    expect("folder", text_of(:folder), PanelText.of(folder))
   end
 
   def background_effect(_, word)
     row = { "default" => 0, "sky" => 1 }.fetch(PanelText.of(word), 2)
-    expect("matrix", cells(:matrix), one_on(3, row))
+    expect("background", cells(:background), one_on(3, row))
   end
 
   def presets_effect(_, joined)
     text = PanelText.of(joined)
-    combo = control(:myPresetCombo)
-    expect("myPresetCombo items", combo[:items], text.empty? ? [""] : text.split("|", -1))
-    expect("myPresetCombo selection", combo[:selected], -1)
+    combo = control(:preset)
+    expect("preset items", combo[:items], text.empty? ? [""] : text.split("|", -1))
+    expect("preset selection", combo[:selected], -1)
   end
 
   def slider_effect(name, value)
-    slider = name == :set_environment_brightness ? :myIntensitySlider : :myExposureSlider
+    slider = name == :set_environment_brightness ? :intensity : :exposure
     expect("#{slider} value", control(slider)[:value], PanelText.int32(value).clamp(0, 100))
   end
 
@@ -659,8 +659,8 @@ module FuzzEffects
   def size_effect(_, mode, *numbers)
     @fields_locked = false
     row = FuzzPanel::SIZE_MODES.index(PanelText.of(mode)) || 2
-    expect("aImageSizeMatrix", cells(:aImageSizeMatrix), one_on(3, row))
-    texts = %i[myWidthValueText myHeightValueText].map { |f| text_of(f) }
+    expect("size_mode", cells(:size_mode), one_on(3, row))
+    texts = %i[width height].map { |f| text_of(f) }
     expect("the size fields", texts, size_texts_after(row, *numbers.map { |n| PanelText.int32(n) }))
   end
 
@@ -678,13 +678,13 @@ module FuzzEffects
   end
 
   def reset_check
-    values = %i[myIntensitySlider myExposureSlider].map { |s| control(s)[:value] }
+    values = %i[intensity exposure].map { |s| control(s)[:value] }
     expect("the sliders after Reset", values, [50, 50])
   end
 
   def chooser_check(folder)
     broken("the folder chooser was never shown") unless @driver.folder_chooser_answered?
-    expect("mySaveLocText after choosing", text_of(:mySaveLocText), folder) if folder
+    expect("folder after choosing", text_of(:folder), folder) if folder
   end
 end
 
@@ -701,12 +701,12 @@ module FuzzOkReport
 
   # Read from the controls just before the press.
   def read_report
-    combo = control(:myPresetCombo)
+    combo = control(:preset)
     { groups: FuzzPanel::RADIO_GROUPS.to_h { |g| [g, cells(g)] },
-      texts: %i[myWidthValueText myHeightValueText mySaveLocText].map { |f| text_of(f) },
-      trans: control(:myTransCButton)[:state],
+      texts: %i[width height folder].map { |f| text_of(f) },
+      trans: control(:transparent_background)[:state],
       boxes: FuzzPanel::BOXES.values.to_h { |b| [b, control(b)[:state]] },
-      sliders: %i[myIntensitySlider myExposureSlider].map { |s| control(s)[:value] },
+      sliders: %i[intensity exposure].map { |s| control(s)[:value] },
       preset: combo[:selected] >= 0 ? combo[:items][combo[:selected]] : "" }
   end
 
@@ -746,23 +746,23 @@ module FuzzOkReport
 
   def expected_report(r)
     g = r[:groups]
-    format = word_of(g[:aImageTypeLMatrix], %w[png jpg hdr])
+    format = word_of(g[:format], %w[png jpg hdr])
     format = "pnga" if format == "png" && r[:trans] == 1
     width, height, folder = r[:texts]
     b = r[:boxes]
     [[r[:preset]],
-     [word_of(g[:aImageSizeMatrix], FuzzPanel::SIZE_MODES), width, height, format,
-      word_of(g[:aISLMatrix], %w[model custom]), folder, r[:preset]],
-     [word_of(g[:matrix], %w[default sky sky2]), b[:myClayCButton], b[:myCausticsCButton],
-      b[:mySOLCButton], *r[:sliders]],
-     [b[:myIBCButton], b[:myGCCButton], b[:myTCCButton], b[:myAMCButton]]]
+     [word_of(g[:size_mode], FuzzPanel::SIZE_MODES), width, height, format,
+      word_of(g[:save_location], %w[model custom]), folder, r[:preset]],
+     [word_of(g[:background], %w[default sky sky2]), b[:clay], b[:caustics],
+      b[:spherical_point_lights], *r[:sliders]],
+     [b[:information_bar], b[:caching], b[:translucent_color], b[:automatic_materials]]]
   end
 end
 
 # The rules that hold after every step, whatever it was.
 module FuzzInvariants
-  ENABLED = %i[mySizeCombo myWidthValueText myHeightValueText mySaveLocText myDirButton
-               myTransCButton].freeze
+  ENABLED = %i[size width height folder choose_folder
+               transparent_background].freeze
 
   private
 
@@ -780,15 +780,27 @@ module FuzzInvariants
     end
     size_rules(state)
     save_and_format_rules(state)
+    names_agree
+  end
+
+  # Both of a control's names in the driver's table reach it: one entry a
+  # step, in turn.
+  def names_agree
+    @control_names ||= @driver.control_names.to_a
+    @name_turn = ((@name_turn || -1) + 1) % @control_names.size
+    name, controller_name = @control_names[@name_turn]
+    return if @driver.control(name) == @driver.control(controller_name)
+
+    broken("#{name} and #{controller_name} are not the same control")
   end
 
   # Viewport: combo box and fields disabled. Panorama: combo box disabled,
   # fields enabled. Fixed: combo box enabled, fields enabled unless the user
   # picked a preset size since the mode was last chosen.
   def size_rules(state)
-    mode = FuzzPanel::SIZE_MODES[state[:groups][:aImageSizeMatrix].index(1)]
+    mode = FuzzPanel::SIZE_MODES[state[:groups][:size_mode].index(1)]
     fields = { "viewport" => false, "panorama" => true }.fetch(mode) { !@fields_locked }
-    { mySizeCombo: mode == "fixed", myWidthValueText: fields, myHeightValueText: fields }
+    { size: mode == "fixed", width: fields, height: fields }
       .each do |name, enabled|
         next if state[:enabled][name] == enabled
 
@@ -798,16 +810,16 @@ module FuzzInvariants
   end
 
   def fixed_why(mode, name)
-    return "" unless mode == "fixed" && name != :mySizeCombo
+    return "" unless mode == "fixed" && name != :size
 
     @fields_locked ? ", after the user picked a preset size" : ", with no preset size picked"
   end
 
   # The folder field and "..." go with "custom", the transparency box with PNG.
   def save_and_format_rules(state)
-    custom = state[:groups][:aISLMatrix] == [0, 1]
-    png = state[:groups][:aImageTypeLMatrix][0] == 1
-    { mySaveLocText: custom, myDirButton: custom, myTransCButton: png }.each do |name, enabled|
+    custom = state[:groups][:save_location] == [0, 1]
+    png = state[:groups][:format][0] == 1
+    { folder: custom, choose_folder: custom, transparent_background: png }.each do |name, enabled|
       next if state[:enabled][name] == enabled
 
       broken("#{name} is #{enabled ? 'disabled' : 'enabled'} with the " \

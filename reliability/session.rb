@@ -86,25 +86,25 @@ cycles.times do |i|
   Driver.process_events
   # The driver refuses unknown and disabled controls with a Ruby exception too.
   expect_error(RuntimeError) { Driver.control(:no_such_control) }
-  expect_error(RuntimeError) { Driver.click(:myDirButton) } if i.odd?
+  expect_error(RuntimeError) { Driver.click(:choose_folder) } if i.odd?
   Driver.choose_tab(0)
-  Driver.click_cell(:aImageSizeMatrix, i % 3)
-  Driver.pick(:mySizeCombo, i % 10) if Driver.control(:mySizeCombo)[:enabled]
-  if Driver.control(:myWidthValueText)[:enabled]
+  Driver.click_cell(:size_mode, i % 3)
+  Driver.pick(:size, i % 10) if Driver.control(:size)[:enabled]
+  if Driver.control(:width)[:enabled]
     # Typed behind the text the script set this cycle; no selection is made, since
     # one goes to the pasteboard server, which a slow process under valgrind can lose.
-    Driver.type(:myWidthValueText, (640 + i).to_s)
-    Driver.press_return(:myWidthValueText)
+    Driver.type(:width, (640 + i).to_s)
+    Driver.press_return(:width)
   end
-  Driver.click_cell(:aImageTypeLMatrix, i % 3)
-  Driver.click_cell(:aISLMatrix, 1)
-  Driver.type(:mySaveLocText, "/out #{i} ✓")
+  Driver.click_cell(:format, i % 3)
+  Driver.click_cell(:save_location, 1)
+  Driver.type(:folder, "/out #{i} ✓")
   Driver.choose_tab(1)
-  Driver.click(:myClayCButton)
-  Driver.click_cell(:matrix, i % 3)
+  Driver.click(:clay)
+  Driver.click_cell(:background, i % 3)
   Driver.click_titled(1, OptionsPanelTexts::EN["opt-tab2-reset-btn"])
-  Driver.pick(:myPresetCombo, i % 3)
-  Driver.control(:myPresetCombo)
+  Driver.pick(:preset, i % 3)
+  Driver.control(:preset)
   Driver.window_state
 
   # The ways of closing, in turn; OK reports first, raising in one event every third cycle.
@@ -112,8 +112,8 @@ cycles.times do |i|
   recorder.raise_in = "environment_changed" if (i % 3).zero?
   $stderr = quiet
   case i % 4
-  when 0 then Driver.click(:m_pButton)
-  when 1 then Driver.click(:m_cButton)
+  when 0 then Driver.click(:ok)
+  when 1 then Driver.click(:close)
   when 2 then Driver.close_box
   else panel.close
   end

@@ -93,7 +93,7 @@ class SoakSession
     every_setter(i)
     @panel.show
     type_width(i)
-    @driver.click(:m_pButton)
+    @driver.click(:ok)
     @panel.show
     @panel.close
     # The host's event loop gets its turn, as it would between two sessions.
@@ -122,8 +122,8 @@ class SoakSession
   end
 
   def type_width(i)
-    @driver.clear(:myWidthValueText)
-    @driver.type(:myWidthValueText, (1000 + i % 900).to_s)
+    @driver.clear(:width)
+    @driver.type(:width, (1000 + i % 900).to_s)
   end
 end
 

@@ -83,10 +83,14 @@ class ApiDocsTest < Minitest::Test
     assert_equal OptionsPanelTexts::EN.keys, OptionsPanelTexts::JA.keys
   end
 
-  def test_the_driver_tables_name_real_controls_and_every_function
-    names = table("Testing a plugin with the driver", 0).flat_map { |row| row[0].scan(/`(\w+)`/).flatten }
+  def test_the_driver_tables_name_real_controls_by_both_names_and_every_function
+    rows = table("Testing a plugin with the driver", 0)
+    names = rows.to_h { |row| [code(row[0]).to_sym, code(row[1]).to_sym] }
+    assert_equal Driver.control_names.to_a, names.to_a, "the names table is the driver's, in order"
     reset_panel
-    names.each { |name| Driver.control(name) }
+    names.each do |name, controller_name|
+      assert_equal Driver.control(controller_name), Driver.control(name), "#{name} is #{controller_name}"
+    end
     functions = Driver.singleton_methods.to_h { |m| [m, Driver.method(m).arity] }
     documented = table("Testing a plugin with the driver", 1).map { |row| method_of(code(row[0])) }
     assert_equal functions.sort, documented.sort

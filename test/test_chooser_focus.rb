@@ -9,7 +9,7 @@ class ChooserFocusTest < Minitest::Test
   PLUGIN = (PLUGIN_PRELUDE + <<~RUBY).freeze
     panel.set_output_directory("custom", "/renders")
     panel.show
-    print_points(driver, "folder_button" => driver.screen_point(:myDirButton, nil))
+    print_points(driver, "folder_button" => driver.screen_point(:choose_folder, nil))
   RUBY
 
   def setup

@@ -17,9 +17,9 @@ class ClosingTest < Minitest::Test
   def test_each_way_of_closing_sends_one_close
     ways = {
       script: -> { panel.close },
-      close_button: -> { Driver.click(:m_cButton) },
+      close_button: -> { Driver.click(:close) },
       close_box: -> { Driver.close_box },
-      ok: -> { Driver.click(:m_pButton) },
+      ok: -> { Driver.click(:ok) },
     }
     ways.each do |way, close|
       panel.show
@@ -50,17 +50,17 @@ class ClosingTest < Minitest::Test
   end
 
   def test_a_closed_panel_keeps_its_state_and_takes_setters
-    Driver.click_cell(:aImageSizeMatrix, 1)
-    Driver.type(:myWidthValueText, "77")
+    Driver.click_cell(:size_mode, 1)
+    Driver.type(:width, "77")
     Driver.choose_tab(1)
-    Driver.click(:myCausticsCButton)
+    Driver.click(:caustics)
     panel.close
     panel.set_environment_clay(true)
     panel.show
-    assert_equal [0, 1, 0], cell_states(:aImageSizeMatrix)
-    assert_equal "077", text_of(:myWidthValueText)
-    assert_equal 1, control(:myCausticsCButton)[:state]
-    assert_equal 1, control(:myClayCButton)[:state]
+    assert_equal [0, 1, 0], cell_states(:size_mode)
+    assert_equal "077", text_of(:width)
+    assert_equal 1, control(:caustics)[:state]
+    assert_equal 1, control(:clay)[:state]
     assert_equal [false, true], Driver.tabs.map { |t| t[:selected] }
   end
 

@@ -5,10 +5,10 @@ class TestEnvironmentAndPresets < Minitest::Test
   include PanelTest
 
   # Setter suffix => the box it sets, in the order OK reports the boxes.
-  OPTIONS = { clay: :myClayCButton, caustic: :myCausticsCButton,
-              spherical_point_lights: :mySOLCButton, information_bar: :myIBCButton,
-              caching: :myGCCButton, translucent_color: :myTCCButton,
-              automatic_materials: :myAMCButton }.freeze
+  OPTIONS = { clay: :clay, caustic: :caustics,
+              spherical_point_lights: :spherical_point_lights, information_bar: :information_bar,
+              caching: :caching, translucent_color: :translucent_color,
+              automatic_materials: :automatic_materials }.freeze
 
   def setup
     reset_panel
@@ -23,11 +23,11 @@ class TestEnvironmentAndPresets < Minitest::Test
   end
 
   def sliders
-    [control(:myIntensitySlider)[:value], control(:myExposureSlider)[:value]]
+    [control(:intensity)[:value], control(:exposure)[:value]]
   end
 
   def combo
-    control(:myPresetCombo).values_at(:items, :selected, :text)
+    control(:preset).values_at(:items, :selected, :text)
   end
 
   # The boxes' states as OK reports them, in the order of OPTIONS.
@@ -47,7 +47,7 @@ class TestEnvironmentAndPresets < Minitest::Test
   end
 
   def test_each_option_reaches_its_own_box_and_is_reported
-    refute control(:myGCCButton)[:in_window], "the caching box is never on screen"
+    refute control(:caching)[:in_window], "the caching box is never on screen"
     OPTIONS.each_with_index do |(option, _), index|
       reset_panel
       set_option(option, true)
@@ -58,7 +58,7 @@ class TestEnvironmentAndPresets < Minitest::Test
   end
 
   def test_background_words
-    cells = -> { cell_states(:matrix) }
+    cells = -> { cell_states(:background) }
     assert_equal true, panel.set_environment_background("sky")
     assert_equal [0, 1, 0], cells.call
     panel.set_environment_background("default")
@@ -114,7 +114,7 @@ class TestEnvironmentAndPresets < Minitest::Test
     Driver.choose_tab(1)
     Driver.click_titled(1, TEXTS["opt-tab2-reset-btn"])
     assert_equal [50, 50], sliders
-    assert_equal [0, 1, 0], cell_states(:matrix)
+    assert_equal [0, 1, 0], cell_states(:background)
     assert_equal [1, 0, 0, 0, 1, 0, 0], box_states
     assert_empty LOG.names, "Reset sends nothing"
     assert Driver.window_state[:visible], "Reset leaves the panel open"
@@ -153,7 +153,7 @@ class TestEnvironmentAndPresets < Minitest::Test
     assert_equal [""], events["preset_changed"]
 
     panel.show
-    Driver.pick(:myPresetCombo, 3)
+    Driver.pick(:preset, 3)
     assert_equal " Final", press_ok["output_changed"].last
   end
 

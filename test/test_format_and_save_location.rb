@@ -13,12 +13,12 @@ class TestFormatAndSaveLocation < Minitest::Test
   end
 
   def format_state
-    box = control(:myTransCButton)
-    [cell_states(:aImageTypeLMatrix), box[:enabled], box[:state]]
+    box = control(:transparent_background)
+    [cell_states(:format), box[:enabled], box[:state]]
   end
 
   def save_state
-    [cell_states(:aISLMatrix), enabled?(:mySaveLocText), enabled?(:myDirButton), text_of(:mySaveLocText)]
+    [cell_states(:save_location), enabled?(:folder), enabled?(:choose_folder), text_of(:folder)]
   end
 
   # The format and the location mode and folder, as OK reports them.
@@ -43,7 +43,7 @@ class TestFormatAndSaveLocation < Minitest::Test
     assert_equal "jpg", reported_output[0]
 
     panel.show
-    Driver.click_cell(:aImageTypeLMatrix, PNG)
+    Driver.click_cell(:format, PNG)
     assert_equal [[1, 0, 0], true, 1], format_state, "the check mark counts again under PNG"
     assert_equal "pnga", reported_output[0]
 
@@ -57,17 +57,17 @@ class TestFormatAndSaveLocation < Minitest::Test
   end
 
   def test_format_clicks_only_enable_or_disable_the_transparency_box
-    Driver.click(:myTransCButton)
-    Driver.click_cell(:aImageTypeLMatrix, JPEG)
+    Driver.click(:transparent_background)
+    Driver.click_cell(:format, JPEG)
     assert_equal [[0, 1, 0], false, 1], format_state
-    Driver.click_cell(:aImageTypeLMatrix, HDR)
+    Driver.click_cell(:format, HDR)
     assert_equal [[0, 0, 1], false, 1], format_state
     assert_equal "hdr", reported_output[0]
 
     panel.show
-    Driver.click_cell(:aImageTypeLMatrix, PNG)
+    Driver.click_cell(:format, PNG)
     assert_equal [[1, 0, 0], true, 1], format_state
-    Driver.click(:myTransCButton)
+    Driver.click(:transparent_background)
     assert_equal "png", reported_output[0]
   end
 
@@ -87,10 +87,10 @@ class TestFormatAndSaveLocation < Minitest::Test
 
   def test_location_clicks_and_typing_keep_the_folder_text
     panel.set_output_directory("model", "/kept")
-    Driver.click_cell(:aISLMatrix, 1)
+    Driver.click_cell(:save_location, 1)
     assert_equal [[0, 1], true, true, "/kept"], save_state
-    Driver.type(:mySaveLocText, "/more")
-    Driver.click_cell(:aISLMatrix, 0)
+    Driver.type(:folder, "/more")
+    Driver.click_cell(:save_location, 0)
     assert_equal [[1, 0], false, false, "/kept/more"], save_state
     assert_equal ["png", "model", "/kept/more"], reported_output, "model still reports the field"
   end
@@ -104,14 +104,14 @@ class TestFormatAndSaveLocation < Minitest::Test
 
       [first, second].each do |folder|
         Driver.answer_folder_chooser(folder, 5)
-        Driver.click(:myDirButton)
+        Driver.click(:choose_folder)
         assert Driver.folder_chooser_answered?, "the chooser was never shown"
         assert_equal [[0, 1], true, true, folder], save_state
         assert Driver.window_state[:visible], "the panel stays open once the chooser is gone"
       end
 
       Driver.answer_folder_chooser(nil, 5)
-      Driver.click(:myDirButton)
+      Driver.click(:choose_folder)
       assert Driver.folder_chooser_answered?
       assert_equal [[0, 1], true, true, second], save_state, "cancel changes nothing"
       assert_equal ["png", "custom", second], reported_output
@@ -161,7 +161,7 @@ class TestFormatAndSaveLocation < Minitest::Test
 
   def test_invalid_bytes_and_nul_in_texts
     panel.set_output_directory("custom", "D:\\R\xFF\xFEnder".b)
-    assert_equal "D:\\R\u{FFFD}\u{FFFD}nder", text_of(:mySaveLocText)
+    assert_equal "D:\\R\u{FFFD}\u{FFFD}nder", text_of(:folder)
     format, mode, folder = reported_output
     assert_equal ["png", "custom", "D:\\R\u{FFFD}\u{FFFD}nder"], [format, mode, folder]
     assert_predicate folder, :valid_encoding?
@@ -170,6 +170,6 @@ class TestFormatAndSaveLocation < Minitest::Test
     panel.set_output_directory("model\0custom", "/cut\0/off")
     assert_equal [[1, 0], false, false, "/cut"], save_state, "NUL ends each text"
     panel.output_format = "jpg\0x"
-    assert_equal [0, 1, 0], cell_states(:aImageTypeLMatrix)
+    assert_equal [0, 1, 0], cell_states(:format)
   end
 end

@@ -100,7 +100,7 @@ module PanelTest
   # Presses OK and returns the payloads by event name.
   def press_ok
     LOG.clear
-    Driver.click(:m_pButton)
+    Driver.click(:ok)
     assert_equal OK_EVENTS, LOG.names
     LOG.events.to_h
   end
@@ -114,7 +114,7 @@ module PanelTest
     p.set_output_dimensions("viewport", 0, 0, 0, 0)
     p.output_format = "png"
     Driver.choose_tab(0)
-    Driver.click(:myTransCButton) if control(:myTransCButton)[:state] == 1
+    Driver.click(:transparent_background) if control(:transparent_background)[:state] == 1
     p.set_output_directory("model", "")
     %i[spherical_point_lights information_bar clay caching caustic translucent_color
        automatic_materials].each { |o| p.public_send("set_environment_#{o}", false) }

@@ -101,7 +101,7 @@ class HostTest < Minitest::Test
   # An observer's jump during the user's click, which the host's loop delivers.
   def run_click_with_observer(output_changed)
     script = "#{PanelTest.observed_panel(output_changed)}\n" \
-             "OptionsPanelDriver.click_later(:m_pButton, 0.2)\nputs 'waiting'\n"
+             "OptionsPanelDriver.click_later(:ok, 0.2)\nputs 'waiting'\n"
     run_plugin(script, "--timeout", "20")
   end
 

@@ -5,8 +5,8 @@ require_relative "test_helper"
 class TestImageSize < Minitest::Test
   include PanelTest
 
-  W = :myWidthValueText
-  H = :myHeightValueText
+  W = :width
+  H = :height
   INT_MAX = 2**31 - 1
 
   def setup
@@ -15,10 +15,10 @@ class TestImageSize < Minitest::Test
 
   # What the user sees of the size group, in one comparable hash.
   def size_group
-    combo = control(:mySizeCombo)
+    combo = control(:size)
     item = combo[:selected] >= 0 ? combo[:items][combo[:selected]] : nil
     assert_equal item || "", combo[:text], "the combo box shows its selected item"
-    { mode: cell_states(:aImageSizeMatrix).index(1), combo: combo[:enabled], item: item,
+    { mode: cell_states(:size_mode).index(1), combo: combo[:enabled], item: item,
       fields: [enabled?(W), enabled?(H)], texts: [text_of(W), text_of(H)] }
   end
 
@@ -92,9 +92,9 @@ class TestImageSize < Minitest::Test
     out, err, status = run_ruby(<<~RUBY)
       Velmar::OptionsPanelWindow.new(OptionsPanelTexts::EN).show
       d = OptionsPanelDriver
-      names = %i[myWidthValueText myHeightValueText]
+      names = %i[width height]
       p names.map { |n| d.control(n).values_at(:text, :enabled) }
-      d.click_cell(:aImageSizeMatrix, 2)
+      d.click_cell(:size_mode, 2)
       p names.map { |n| d.control(n)[:text] }
     RUBY
     assert status.success?, err
@@ -119,16 +119,16 @@ class TestImageSize < Minitest::Test
 
   def test_picking_each_preset
     @panel.set_output_dimensions("fixed", 0, 0, 800, 600)
-    items = control(:mySizeCombo)[:items]
+    items = control(:size)[:items]
     assert_equal ["Custom", "230 x 150", "640 x 480", "1024 x 768", "2048 x 1536",
                   "3076 x 2034", "4076 x 3304", "852 x 480", "1600 x 900", "1920 x 1080"], items
     items.each_with_index.to_a.rotate(1).each do |item, index|
-      Driver.pick(:mySizeCombo, index)
+      Driver.pick(:size, index)
       texts = index.zero? ? %w[0 0] : item.split(" x ")
       assert_equal({ mode: 1, combo: true, item: item, fields: [index.zero?] * 2, texts: texts },
                    size_group, item)
     end
-    Driver.pick(:mySizeCombo, 7)
+    Driver.pick(:size, 7)
     assert_equal %w[fixed 852 480], press_ok["output_changed"][0, 3]
   end
 
@@ -162,28 +162,28 @@ class TestImageSize < Minitest::Test
     @panel.set_output_dimensions("fixed", 0, 0, 800, 600)
     retype(W, "800")
     retype(H, "600") # still being edited when the click disables the field
-    Driver.click_cell(:aImageSizeMatrix, 0)
+    Driver.click_cell(:size_mode, 0)
     assert_equal({ mode: 0, combo: false, item: "Custom", fields: [false, false],
                    texts: %w[800 600] }, size_group)
     assert_equal %w[viewport 800 600], press_ok["output_changed"][0, 3]
     @panel.show
 
     @panel.set_output_dimensions("fixed", 852, 480, 800, 600)
-    Driver.click_cell(:aImageSizeMatrix, 0)
-    Driver.click_cell(:aImageSizeMatrix, 1)
+    Driver.click_cell(:size_mode, 0)
+    Driver.click_cell(:size_mode, 1)
     assert_equal({ mode: 1, combo: true, item: "852 x 480", fields: [true, true],
                    texts: %w[852 480] }, size_group)
 
     # From a preset item the click starts at the current width, not the viewport's.
     @panel.set_output_dimensions("fixed", 1920, 1080, 800, 600)
-    Driver.click_cell(:aImageSizeMatrix, 2)
+    Driver.click_cell(:size_mode, 2)
     assert_equal({ mode: 2, combo: false, item: "Custom", fields: [true, true],
                    texts: %w[1920 960] }, size_group)
 
     { [1000, 300] => %w[1000 500], [1000, 0] => %w[800 400], [0, 0] => %w[800 400] }
       .each do |(w, h), texts|
         @panel.set_output_dimensions("fixed", w, h, 800, 600)
-        Driver.click_cell(:aImageSizeMatrix, 2)
+        Driver.click_cell(:size_mode, 2)
         assert_equal texts, fields, "#{w} x #{h}"
       end
     assert_equal %w[panorama 800 400], press_ok["output_changed"][0, 3]
@@ -203,7 +203,7 @@ class TestImageSize < Minitest::Test
     # The viewport width converts and is stored before the height fails.
     assert_raises(RangeError) { @panel.set_output_dimensions("panorama", 1, 0, 640, 2**40) }
     assert_equal before, size_group
-    Driver.click_cell(:aImageSizeMatrix, 2)
+    Driver.click_cell(:size_mode, 2)
     retype(W, "0")
     assert_equal %w[640 600], fields
   end

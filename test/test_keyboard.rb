@@ -13,12 +13,12 @@ class KeyboardTest < Minitest::Test
     panel.set_output_directory("custom", "/renders")
     panel.show
     driver.choose_tab(1)
-    points = { "clay" => driver.screen_point(:myClayCButton, nil),
-               "clay_frame" => driver.control(:myClayCButton)[:drawn_in_window] }
+    points = { "clay" => driver.screen_point(:clay, nil),
+               "clay_frame" => driver.control(:clay)[:drawn_in_window] }
     driver.choose_tab(0)
-    points.update("size_list" => driver.screen_point(:mySizeCombo, nil),
-                  "size_frame" => driver.control(:mySizeCombo)[:drawn_in_window],
-                  "ok" => driver.screen_point(:m_pButton, nil))
+    points.update("size_list" => driver.screen_point(:size, nil),
+                  "size_frame" => driver.control(:size)[:drawn_in_window],
+                  "ok" => driver.screen_point(:ok, nil))
     print_points(driver, points)
     seen = nil
     clay = nil
@@ -28,19 +28,19 @@ class KeyboardTest < Minitest::Test
       focus = driver.focused
       puts JSON.dump(["focus", focus]) if focus != seen
       seen = focus
-      state = driver.control(:myClayCButton)[:state]
+      state = driver.control(:clay)[:state]
       puts JSON.dump(["clay", state]) if clay && state != clay
       clay = state
       sleep 0.01
     end
   RUBY
 
-  IMAGE_TAB_ROUND = %w[mySizeCombo myWidthValueText myHeightValueText aImageTypeLMatrix myTransCButton
-                       aISLMatrix mySaveLocText myDirButton m_pButton m_cButton myPresetCombo
-                       aImageSizeMatrix].freeze
-  ENVIRONMENT_TAB_ROUND = %w[myIntensitySlider myExposureSlider Reset mySOLCButton myCausticsCButton
-                             myClayCButton myIBCButton myTCCButton myAMCButton m_pButton m_cButton
-                             myPresetCombo matrix].freeze
+  IMAGE_TAB_ROUND = %w[size width height format transparent_background
+                       save_location folder choose_folder ok close preset
+                       size_mode].freeze
+  ENVIRONMENT_TAB_ROUND = %w[intensity exposure Reset spherical_point_lights caustics
+                             clay information_bar translucent_color automatic_materials ok close
+                             preset background].freeze
 
   def setup
     start_session("keyboard", PLUGIN)
@@ -53,13 +53,13 @@ class KeyboardTest < Minitest::Test
   end
 
   def test_tab_round_both_tabs_space_on_a_box_and_ok
-    assert_equal %w[focus aImageSizeMatrix], next_line, "the panel opens with the focus on its first control"
+    assert_equal %w[focus size_mode], next_line, "the panel opens with the focus on its first control"
     assert_equal IMAGE_TAB_ROUND, IMAGE_TAB_ROUND.map { focus_after("Tab") }
-    assert_equal "myPresetCombo", focus_after("shift+Tab")
-    assert_equal "matrix", focus_after("ctrl+Tab"), "the focus follows into the Environment tab"
+    assert_equal "preset", focus_after("shift+Tab")
+    assert_equal "background", focus_after("ctrl+Tab"), "the focus follows into the Environment tab"
     assert_equal ENVIRONMENT_TAB_ROUND, ENVIRONMENT_TAB_ROUND.map { focus_after("Tab") }
     5.times { focus_after("Tab") }
-    assert_equal "myClayCButton", focus_after("Tab")
+    assert_equal "clay", focus_after("Tab")
 
     box = box_rect
     unticked = screen_pixels(box)
@@ -72,10 +72,10 @@ class KeyboardTest < Minitest::Test
     xdotool("key", "space")
     assert_equal ["clay", 1], next_line
 
-    assert_equal "aImageSizeMatrix", focus_after("ctrl+shift+Tab")
+    assert_equal "size_mode", focus_after("ctrl+shift+Tab")
     # An arrow chooses in a radio group: Panorama, whose lock halves the width.
     xdotool("key", "Down")
-    assert_equal %w[myPresetCombo m_cButton m_pButton], Array.new(3) { focus_after("shift+Tab") }
+    assert_equal %w[preset close ok], Array.new(3) { focus_after("shift+Tab") }
     xdotool("key", "space")
     events = events_until_close
     assert_equal %w[preset_changed output_changed environment_changed options_changed close], events.map(&:first)
@@ -86,7 +86,7 @@ class KeyboardTest < Minitest::Test
   def test_escape_while_a_field_is_edited_closes_as_close
     next_line
     focus_after("Tab")
-    assert_equal "myWidthValueText", focus_after("Tab")
+    assert_equal "width", focus_after("Tab")
     xdotool("type", "--delay", "40", "2048")
     xdotool("key", "Escape")
     assert_equal [["close", [1.0]]], events_until_close
@@ -97,7 +97,7 @@ class KeyboardTest < Minitest::Test
     focus_after("Tab")
     focus_after("Tab")
     xdotool("type", "--delay", "40", "2048")
-    assert_equal "myHeightValueText", focus_after("Tab")
+    assert_equal "height", focus_after("Tab")
     xdotool("type", "--delay", "40", "567")
     x, y = @points["size_list"]
     button = [(x + @points["size_frame"][2] / 2 - 6).round, y]
@@ -114,7 +114,7 @@ class KeyboardTest < Minitest::Test
 
   def test_keys_open_the_size_list_and_pick_from_it
     next_line
-    assert_equal "mySizeCombo", focus_after("Tab")
+    assert_equal "size", focus_after("Tab")
     # Custom is shown: Down opens the list at it, twice more reaches 640 x 480.
     # The keys queue up while the list opens; its own loop reads them in turn.
     xdotool("key", "Down", "Down", "Down", "Return")

@@ -16,9 +16,9 @@ class LayoutTest < Minitest::Test
     w.observe(obs)
     w.show
     state = { window: d.window_state, content: d.content_views, image: d.tab_views(0),
-              environment: d.tab_views(1), tabs: d.tabs, caching: d.control(:myGCCButton),
+              environment: d.tab_views(1), tabs: d.tabs, caching: d.control(:caching),
               modal: d.modal_panel_level }
-    d.click(:m_pButton)
+    d.click(:ok)
     state[:ok] = log
     require "json"
     puts JSON.dump(state)

@@ -76,7 +76,7 @@ class ObserverJumpsTest < Minitest::Test
 
     panel.show
     @heard.clear
-    _, err = capture_io { assert_nil Driver.click(:m_cButton) }
+    _, err = capture_io { assert_nil Driver.click(:close) }
     assert_match(/from close \(ArgumentError\)/, err)
     assert_equal ["close", "later close"], @heard
   end
@@ -99,7 +99,7 @@ class ObserverJumpsTest < Minitest::Test
     on("output_changed") { |payload| throw :leave, payload[0] }
     listen
     result = catch(:leave) do
-      Driver.click(:m_pButton)
+      Driver.click(:ok)
       :click_returned
     end
     assert_equal "viewport", result
@@ -124,7 +124,7 @@ class ObserverJumpsTest < Minitest::Test
     assert_empty err
 
     panel.show
-    _, err = capture_io { result = catch(:leave) { Driver.click(:m_cButton) } }
+    _, err = capture_io { result = catch(:leave) { Driver.click(:close) } }
     assert_equal :thrown, result
     assert_match(/raised first \(KeyError\)/, err)
   end
@@ -141,7 +141,7 @@ class ObserverJumpsTest < Minitest::Test
 
     panel.show
     result = catch(:outer) do
-      catch(:inner) { Driver.click(:m_cButton) }
+      catch(:inner) { Driver.click(:close) }
       inner_done = true
     end
     assert_equal :thrown, result
@@ -153,7 +153,7 @@ class ObserverJumpsTest < Minitest::Test
   def test_a_throw_from_an_event_inside_an_event_reaches_the_outer_catch
     on("preset_changed") { panel.close }
     on("close") { throw :leave, :from_inner_close }
-    result = catch(:leave) { Driver.click(:m_pButton) }
+    result = catch(:leave) { Driver.click(:ok) }
     assert_equal :from_inner_close, result
     assert_equal %w[preset_changed close close], @heard
     refute panel_open?
@@ -176,7 +176,7 @@ class ObserverJumpsTest < Minitest::Test
   def test_exit_and_signals_during_the_users_action_leave_when_it_returns
     on("environment_changed") { exit 6 }
     listen
-    error = assert_raises(SystemExit) { Driver.click(:m_pButton) }
+    error = assert_raises(SystemExit) { Driver.click(:ok) }
     assert_equal 6, error.status
     assert_equal %w[preset_changed later\ preset_changed output_changed later\ output_changed
                     environment_changed], @heard
@@ -211,14 +211,14 @@ class ObserverJumpsTest < Minitest::Test
     refute panel_open?
 
     panel.show
-    result = closing_with(-> { Driver.click(:m_cButton) }) { |payload| break [:broke, payload] }
+    result = closing_with(-> { Driver.click(:close) }) { |payload| break [:broke, payload] }
     assert_equal [:broke, [1.0]], result
     refute panel_open?
   end
 
   def test_exit_during_ok_ends_a_plain_ruby_process_with_its_status
     script = PanelTest.observed_panel("exit 3")
-    out, err, status = run_ruby("#{script}\nOptionsPanelDriver.click(:m_pButton)\nputs 'after the click'\n")
+    out, err, status = run_ruby("#{script}\nOptionsPanelDriver.click(:ok)\nputs 'after the click'\n")
     assert_equal 3, status.exitstatus, err
     assert_equal ["at_exit ran"], out.lines.map(&:chomp)
   end

@@ -122,7 +122,7 @@ class ObserversTest < Minitest::Test
 
   # For presses whose observers send events of their own in between.
   def click_ok
-    Driver.click(:m_pButton)
+    Driver.click(:ok)
   end
 
   def test_a_failing_observer_stops_neither_the_others_nor_the_ok_step
@@ -167,7 +167,7 @@ class ObserversTest < Minitest::Test
 
   def test_an_exception_without_full_message_is_reported_from_its_parts
     observe(:bare) { |e, _| raise BareError, "no full message" if e == "close" }
-    _, err = capture_io { Driver.click(:m_cButton) }
+    _, err = capture_io { Driver.click(:close) }
     assert_match(/\A\S*test_observers\.rb:\d+:in .*: no full message \(ObserversTest::BareError\)\n\tfrom \S+:\d+:in /, err)
   end
 end

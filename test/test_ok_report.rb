@@ -9,16 +9,16 @@ class OkReportTest < Minitest::Test
   end
 
   def test_ok_reports_what_the_user_chose
-    Driver.pick(:myPresetCombo, 2)
-    Driver.click_cell(:aImageSizeMatrix, 1)
-    Driver.type(:myWidthValueText, "1280")
-    Driver.type(:myHeightValueText, "720")
-    Driver.click_cell(:aImageTypeLMatrix, 1)
-    Driver.click_cell(:aISLMatrix, 1)
-    Driver.type(:mySaveLocText, "/srv/renders")
+    Driver.pick(:preset, 2)
+    Driver.click_cell(:size_mode, 1)
+    Driver.type(:width, "1280")
+    Driver.type(:height, "720")
+    Driver.click_cell(:format, 1)
+    Driver.click_cell(:save_location, 1)
+    Driver.type(:folder, "/srv/renders")
     Driver.choose_tab(1)
-    %i[myClayCButton mySOLCButton myIBCButton myAMCButton].each { |b| Driver.click(b) }
-    Driver.click_cell(:matrix, 2)
+    %i[clay spherical_point_lights information_bar automatic_materials].each { |b| Driver.click(b) }
+    Driver.click_cell(:background, 2)
 
     events = press_ok
     assert_equal ["Final"], events["preset_changed"]
@@ -29,21 +29,21 @@ class OkReportTest < Minitest::Test
   end
 
   def test_texts_are_reported_exactly_as_the_fields_hold_them
-    Driver.click_cell(:aImageSizeMatrix, 1)
-    Driver.clear(:myWidthValueText)
-    Driver.type(:myWidthValueText, "wide ✓")
-    Driver.clear(:myHeightValueText)
+    Driver.click_cell(:size_mode, 1)
+    Driver.clear(:width)
+    Driver.type(:width, "wide ✓")
+    Driver.clear(:height)
     events = press_ok
     assert_equal ["fixed", "wide ✓", ""], events["output_changed"].first(3)
     assert_equal Encoding::UTF_8, events["output_changed"][1].encoding
   end
 
   def test_the_transparency_box_counts_only_with_png
-    Driver.click(:myTransCButton)
+    Driver.click(:transparent_background)
     assert_equal "pnga", press_ok["output_changed"][3]
     [[1, "jpg"], [2, "hdr"], [0, "pnga"]].each do |column, format|
       panel.show
-      Driver.click_cell(:aImageTypeLMatrix, column)
+      Driver.click_cell(:format, column)
       assert_equal format, press_ok["output_changed"][3]
     end
   end
@@ -61,7 +61,7 @@ class OkReportTest < Minitest::Test
     end
     changer.instance_variable_set(:@armed, true)
     panel.observe(changer)
-    Driver.pick(:myPresetCombo, 1)
+    Driver.pick(:preset, 1)
     events = press_ok
     assert_equal ["Draft"], events["preset_changed"]
     assert_equal "Draft", events["output_changed"][6]

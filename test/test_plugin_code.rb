@@ -36,7 +36,7 @@ class SnippetRunTest < Minitest::Test
     code = File.read(File.expand_path("../#{doc}", __dir__)).scan(/^```ruby\n(.*?)^```/m).flatten[index]
     Dir.mktmpdir("plugin") do |folder|
       File.write(File.join(folder, "my_plugin.rb"), code)
-      press_ok = "load 'my_plugin.rb'; require 'OptionsPanelDriver'; OptionsPanelDriver.click(:m_pButton)"
+      press_ok = "load 'my_plugin.rb'; require 'OptionsPanelDriver'; OptionsPanelDriver.click(:ok)"
       Open3.capture3("timeout", "60", RbConfig.ruby, "-I", BUILD_DIR, "-e", press_ok, chdir: folder)
     end
   end

@@ -13,14 +13,14 @@ class RealInputTest < Minitest::Test
     panel.show
     # Each tab's controls are on the window only while it shows.
     driver.choose_tab(1)
-    points = { "clay" => driver.screen_point(:myClayCButton, nil),
-               "intensity" => driver.screen_point(:myIntensitySlider, nil),
-               "track" => driver.control(:myIntensitySlider)[:drawn_in_window] }
+    points = { "clay" => driver.screen_point(:clay, nil),
+               "intensity" => driver.screen_point(:intensity, nil),
+               "track" => driver.control(:intensity)[:drawn_in_window] }
     driver.choose_tab(0)
-    points.update("fixed" => driver.screen_point(:aImageSizeMatrix, 1),
-                  "width" => driver.screen_point(:myWidthValueText, nil),
-                  "environment" => driver.screen_point(:myTabView, 1),
-                  "ok" => driver.screen_point(:m_pButton, nil),
+    points.update("fixed" => driver.screen_point(:size_mode, 1),
+                  "width" => driver.screen_point(:width, nil),
+                  "environment" => driver.screen_point(:tabs, 1),
+                  "ok" => driver.screen_point(:ok, nil),
                   "close_box" => driver.screen_point(:close_box, nil))
     print_points(driver, points)
   RUBY

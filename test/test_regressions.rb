@@ -17,7 +17,7 @@ class RegressionsTest < Minitest::Test
     panel.populate_presets("#{name}|Draft")
     panel.preset = name
     panel.set_output_directory("custom", "#{BOM}#{BOM}/out")
-    assert_equal [[name, "Draft"], 0], control(:myPresetCombo).values_at(:items, :selected)
+    assert_equal [[name, "Draft"], 0], control(:preset).values_at(:items, :selected)
     events = press_ok
     assert_equal [name], events["preset_changed"]
     assert_equal ["custom", "#{BOM}#{BOM}/out", name], events["output_changed"][4..6]
@@ -27,9 +27,9 @@ class RegressionsTest < Minitest::Test
     panel.set_environment_background("#{BOM}sky")
     panel.output_format = "#{BOM}jpg"
     panel.set_output_dimensions("#{BOM}fixed", 640, 480, 800, 600)
-    assert_equal [0, 0, 1], cell_states(:matrix)
-    assert_equal [0, 0, 1], cell_states(:aImageTypeLMatrix)
-    assert_equal [0, 0, 1], cell_states(:aImageSizeMatrix)
+    assert_equal [0, 0, 1], cell_states(:background)
+    assert_equal [0, 0, 1], cell_states(:format)
+    assert_equal [0, 0, 1], cell_states(:size_mode)
   end
 
   # Found by valgrind's memcheck (scripts/check-reliability.sh): every driver
@@ -46,13 +46,13 @@ class RegressionsTest < Minitest::Test
         puts e.message
       end
       begin
-        OptionsPanelDriver.click(:myDirButton)
+        OptionsPanelDriver.click(:choose_folder)
       rescue RuntimeError => e
         puts e.message
       end
     RUBY
     assert status.success?, err
-    assert_match(/\Ano control named no_such_control\nmyDirButton is disabled\n\z/, out)
+    assert_match(/\Ano control named no_such_control\nchoose_folder is disabled\n\z/, out)
     refute_match(/autorelease called without pool/, err)
   end
 
@@ -65,7 +65,7 @@ class RegressionsTest < Minitest::Test
       panel = Velmar::OptionsPanelWindow.new(OptionsPanelTexts::EN)
       panel.show
       d = OptionsPanelDriver
-      wrong = [42, nil, 1.5, Object.new, [:m_pButton]]
+      wrong = [42, nil, 1.5, Object.new, [:ok]]
       refused = 0
       20_000.times do |i|
         begin
@@ -74,10 +74,10 @@ class RegressionsTest < Minitest::Test
           refused += 1
         end
       end
-      calls = [[:control, ["m_p\\0Button"]], [:click_cell, [:aISLMatrix, "1"]], [:pick, [nil, 0]],
-               [:type, [:myWidthValueText, 12]], [:type, [1, "12"]], [:click_titled, ["0", "Reset"]],
+      calls = [[:control, ["m_p\\0Button"]], [:click_cell, [:save_location, "1"]], [:pick, [nil, 0]],
+               [:type, [:width, 12]], [:type, [1, "12"]], [:click_titled, ["0", "Reset"]],
                [:choose_tab, [:first]], [:answer_folder_chooser, [1, 1]], [:screenshot, [nil]],
-               [:click_later, [:m_pButton, "soon"]]]
+               [:click_later, [:ok, "soon"]]]
       calls.each do |name, args|
         begin
           d.public_send(name, *args)
@@ -86,7 +86,7 @@ class RegressionsTest < Minitest::Test
           refused += 1
         end
       end
-      d.click(:m_cButton)
+      d.click(:close)
       p refused, d.window_state[:visible]
     RUBY
     assert status.success?, err

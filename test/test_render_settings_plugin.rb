@@ -8,8 +8,8 @@ class RenderSettingsPluginTest < Minitest::Test
   include PanelTest
 
   Plugin = RenderSettingsPlugin
-  BOXES = %i[mySOLCButton myCausticsCButton myClayCButton myGCCButton myIBCButton myTCCButton
-             myAMCButton].freeze
+  BOXES = %i[spherical_point_lights caustics clay caching information_bar translucent_color
+             automatic_materials].freeze
 
   def setup
     reset_panel
@@ -19,11 +19,11 @@ class RenderSettingsPluginTest < Minitest::Test
 
   # The panel as the user sees it, group by group.
   def shown
-    { preset: control(:myPresetCombo)[:text], size: cell_states(:aImageSizeMatrix),
-      fields: [text_of(:myWidthValueText), text_of(:myHeightValueText)],
-      format: cell_states(:aImageTypeLMatrix), transparent: control(:myTransCButton)[:state],
-      save: cell_states(:aISLMatrix), folder: text_of(:mySaveLocText), background: cell_states(:matrix),
-      sliders: [control(:myIntensitySlider)[:value], control(:myExposureSlider)[:value]],
+    { preset: control(:preset)[:text], size: cell_states(:size_mode),
+      fields: [text_of(:width), text_of(:height)],
+      format: cell_states(:format), transparent: control(:transparent_background)[:state],
+      save: cell_states(:save_location), folder: text_of(:folder), background: cell_states(:background),
+      sliders: [control(:intensity)[:value], control(:exposure)[:value]],
       boxes: BOXES.map { |box| control(box)[:state] } }
   end
 
@@ -40,7 +40,7 @@ class RenderSettingsPluginTest < Minitest::Test
   def test_ok_writes_the_choices_back_and_the_next_showing_starts_from_them
     @plugin.show
     change_every_group
-    Driver.click(:m_pButton)
+    Driver.click(:ok)
     assert_equal OK_EVENTS, @printed.string.lines.map { |line| line[/\A\w+/] }
     refute @plugin.open?
     assert_equal "preset Night; panorama 1920 x 960; pnga to model \"/home/artist/Renders\"; " \
@@ -56,34 +56,34 @@ class RenderSettingsPluginTest < Minitest::Test
   end
 
   def change_every_group
-    Driver.pick(:myPresetCombo, 2)          # Night
-    Driver.click_cell(:aImageSizeMatrix, 2) # Panorama: the height becomes half the width
-    Driver.click_cell(:aImageTypeLMatrix, 0)
-    Driver.click(:myTransCButton)           # PNG with transparency: "pnga"
-    Driver.click_cell(:aISLMatrix, 0)       # Model
+    Driver.pick(:preset, 2)          # Night
+    Driver.click_cell(:size_mode, 2) # Panorama: the height becomes half the width
+    Driver.click_cell(:format, 0)
+    Driver.click(:transparent_background)           # PNG with transparency: "pnga"
+    Driver.click_cell(:save_location, 0)       # Model
     Driver.choose_tab(1)
-    Driver.click_cell(:matrix, 2)           # sky2
-    Driver.click(:myClayCButton)            # off
-    Driver.click(:myCausticsCButton)        # on
+    Driver.click_cell(:background, 2)           # sky2
+    Driver.click(:clay)            # off
+    Driver.click(:caustics)        # on
     Driver.click_titled(1, "Reset")         # both sliders 50
   end
 
   def test_a_size_that_is_no_number_keeps_the_settings_size
     @plugin.settings.width, @plugin.settings.height = 800, 600 # no size item: the fields are free
     @plugin.show
-    Driver.clear(:myWidthValueText)
-    Driver.type(:myWidthValueText, "wide")
-    Driver.clear(:myHeightValueText)
-    Driver.type(:myHeightValueText, "450")
-    Driver.click(:m_pButton)
+    Driver.clear(:width)
+    Driver.type(:width, "wide")
+    Driver.clear(:height)
+    Driver.type(:height, "450")
+    Driver.click(:ok)
     assert_equal ["fixed", 800, 450], @plugin.settings.to_h.values_at(:size_mode, :width, :height)
   end
 
   def test_close_leaves_the_settings_as_they_were
     @plugin.show
     Driver.choose_tab(1)
-    Driver.click(:myCausticsCButton)
-    Driver.click(:m_cButton)
+    Driver.click(:caustics)
+    Driver.click(:close)
     assert_equal ["close"], @printed.string.lines.map { |line| line[/\A\w+/] }
     assert_equal Plugin::Settings.stored, @plugin.settings
   end

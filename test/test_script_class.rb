@@ -48,8 +48,8 @@ class ScriptClassTest < Minitest::Test
     two.set_environment_clay(true)
     one.show
     assert Driver.window_state[:visible]
-    assert_equal 1, control(:myClayCButton)[:state]
-    assert_equal "OK", control(:m_pButton)[:text]
+    assert_equal 1, control(:clay)[:state]
+    assert_equal "OK", control(:ok)[:text]
   end
 
   # Only a process whose panel is not built yet can show when it appears.
@@ -83,7 +83,7 @@ class ScriptClassTest < Minitest::Test
   def test_methods_that_drive_the_panel_belong_to_the_main_thread
     p = panel
     Driver.choose_tab(1)
-    Driver.click(:myClayCButton)
+    Driver.click(:clay)
     from_thread = Thread.new do
       errors = %i[show close].map { |m| assert_raises(ThreadError) { p.public_send(m) } }
       errors << assert_raises(ThreadError) { p.set_environment_clay(false) }
@@ -93,7 +93,7 @@ class ScriptClassTest < Minitest::Test
     assert(from_thread[0].all? { |e| e.message == "must be called on the main thread" })
     assert_equal [true, "a/b", true], from_thread.drop(1)
     assert Driver.window_state[:visible]
-    assert_equal 1, control(:myClayCButton)[:state]
+    assert_equal 1, control(:clay)[:state]
   end
 
   # The panel finds its own images with a shorter list of file types; the
@@ -158,7 +158,7 @@ class ScriptClassTest < Minitest::Test
         Process.setrlimit(:AS, hard, hard)
       end
       p panel.send(:output_format=, "jpg")
-      p OptionsPanelDriver.control(:aImageTypeLMatrix)[:cells].map { |c| c[:state] }
+      p OptionsPanelDriver.control(:format)[:cells].map { |c| c[:state] }
     RUBY
     assert status.success?, err
     assert_equal ["NoMemoryError", "true", "[0, 1, 0]"], out.lines.map(&:chomp)

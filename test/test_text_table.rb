@@ -19,7 +19,7 @@ class TextTableTest < Minitest::Test
         tabs: d.tabs.map { |t| t[:label] },
         image: texts.(image),
         environment: texts.(env),
-        caching: d.control(:myGCCButton)[:text],
+        caching: d.control(:caching)[:text],
       }
     end
   RUBY

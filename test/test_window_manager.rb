@@ -12,8 +12,8 @@ class WindowManagerTest < Minitest::Test
   PLUGIN = (PLUGIN_PRELUDE + <<~RUBY).freeze
     panel.set_output_directory("custom", ARGV[0])
     panel.show
-    print_points(driver, "folder_button" => driver.screen_point(:myDirButton, nil),
-                         "ok" => driver.screen_point(:m_pButton, nil))
+    print_points(driver, "folder_button" => driver.screen_point(:choose_folder, nil),
+                         "ok" => driver.screen_point(:ok, nil))
   RUBY
 
   def setup

@@ -30,7 +30,7 @@ module Bench
       end
 
       def observe(observer) = @panel.observe(observer)
-      def press_ok = OptionsPanelDriver.press(:m_pButton)
+      def press_ok = OptionsPanelDriver.press(:ok)
       def pump = OptionsPanelDriver.process_events
       def pending? = false
       def close = @panel.close
@@ -48,7 +48,7 @@ module Bench
         @panel.set_output_directory("custom", "/tmp")
         OptionsPanelDriver.cancel_folder_chooser_once_shown(10)
         start = Probe.now
-        OptionsPanelDriver.click(:myDirButton)
+        OptionsPanelDriver.click(:choose_folder)
         shown = OptionsPanelDriver.folder_chooser_shown_at or raise "the folder chooser was not shown"
         shown - start
       end
