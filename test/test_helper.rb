@@ -30,6 +30,10 @@ when "tests"
   Minitest::Test.prepend(GCStressEachTest)
 end
 
+# A run started in the background inherits SIGINT ignored, which Ruby keeps;
+# the tests of Ctrl-C need Ruby's own handler, which raises Interrupt.
+trap("INT", "DEFAULT")
+
 TEXTS = OptionsPanelTexts::EN
 # The script class's methods and their arities, as a script calls them: the
 # class, the API reference and the signatures are each checked against it.
