@@ -12,8 +12,8 @@
 @interface VOPKeyPanel : NSPanel
 @end
 
-@interface OptionsPanel : NSWindowController <NSWindowDelegate, NSTextFieldDelegate,
-                                              NSComboBoxDelegate, NSTabViewDelegate> {
+@interface OptionsPanel
+    : NSWindowController <NSWindowDelegate, NSTextFieldDelegate, NSTabViewDelegate> {
 @public
   NSButton *m_pButton;
   NSButton *m_cButton;
@@ -44,9 +44,6 @@
   NSArray *environmentKeyOrder;
   int32_t myVWidthINTValue;
   int32_t myVHeightINTValue;
-  // Set while the controller itself selects in mySizeCombo: the toolkit reports
-  // those selections too, and only the user's pick may run the size-preset rule.
-  BOOL selectingSizeItem;
   // On screen from the panel's own point of view: set when it is put there,
   // cleared when it closes. AppKit hides a panel while the application is in
   // the background, which isVisible would take for closed.
@@ -101,7 +98,6 @@
 
 @interface OptionsPanel (ImageSize)
 - (void)controlTextDidChange:(NSNotification *)notification;
-- (void)comboBoxSelectionDidChange:(NSNotification *)notification;
 - (void)onWidthValue;
 - (void)onHeightValue;
 - (void)imageSizeEnableDisable:(BOOL)enabled;

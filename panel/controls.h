@@ -19,7 +19,7 @@ NSComboBox *MakeComboBox(NSRect frame);
 NSBox *MakeSeparator(NSRect frame);
 // Where a slider starts, and where Reset puts it back.
 constexpr int kSliderStart = 50;
-NSSlider *MakeSlider(NSRect frame, id target);
+NSSlider *MakeSlider(NSRect frame);
 // A slider that answers presses on its drawn track only, not on the empty rest of its frame.
 @interface VOPTrackSlider : NSSlider
 - (NSRect)trackFrame;

@@ -191,11 +191,10 @@ NSBox *MakeSeparator(NSRect frame) {
   return box;
 }
 
-NSSlider *MakeSlider(NSRect frame, id target) {
+NSSlider *MakeSlider(NSRect frame) {
   NSSlider *slider = [[[VOPTrackSlider alloc] initWithFrame:frame] autorelease];
   [slider setMinValue:0.0];
   [slider setMaxValue:100.0];
-  [slider setTarget:target];
   [slider setIntValue:kSliderStart];
   return slider;
 }

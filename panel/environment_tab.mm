@@ -50,8 +50,8 @@ static void WidenToTitle(NSButton *button) {
       MakeLabel(NSMakeRect(10, 60, 100, 50), [texts objectAtIndex:kIntensityLabel], nil);
   NSTextField *exposureLabel =
       MakeLabel(NSMakeRect(10, 35, 100, 50), [texts objectAtIndex:kExposureLabel], nil);
-  myIntensitySlider = MakeSlider(NSMakeRect(80, 40, 100, 50), self);
-  myExposureSlider = MakeSlider(NSMakeRect(80, 15, 100, 50), self);
+  myIntensitySlider = MakeSlider(NSMakeRect(80, 40, 100, 50));
+  myExposureSlider = MakeSlider(NSMakeRect(80, 15, 100, 50));
   NSButton *reset = MakePushButton(NSMakeRect(95, 0, 95, 30), [texts objectAtIndex:kResetButton],
                                    self, @selector(onResetClicked), NO);
   WidenToTitle(reset);

@@ -31,9 +31,7 @@ static int32_t Doubled(int32_t height) {
 }
 
 - (void)selectSizePreset:(size_t)preset {
-  selectingSizeItem = YES;
   SelectComboIndex(mySizeCombo, (NSInteger)preset);
-  selectingSizeItem = NO;
 }
 
 - (void)imageSizeEnableDisable:(BOOL)enabled {
@@ -73,18 +71,6 @@ static int32_t Doubled(int32_t height) {
     [self onWidthValue];
   else if (field == myHeightValueText)
     [self onHeightValue];
-}
-
-// A pick sends the combo box's action, the item already shown included. The
-// notice alone runs the rule only for an item other than the one shown: GNUstep
-// also reports the shown item when its list opens, and a list closed without a
-// pick must leave what the user typed.
-- (void)comboBoxSelectionDidChange:(NSNotification *)notification {
-  if ([notification object] != mySizeCombo || selectingSizeItem)
-    return;
-  id shown = [[mySizeCombo cell] objectValue];
-  if ([mySizeCombo indexOfSelectedItem] != [mySizeCombo indexOfItemWithObjectValue:shown])
-    [self onSizeComboBoxSelected];
 }
 
 - (void)onSizeComboBoxSelected {

@@ -33,7 +33,6 @@ static NSArray *SizeItems() {
 
   mySizeCombo = MakeComboBox(NSMakeRect(65, 75, 115, 26));
   [mySizeCombo setTarget:self];
-  [mySizeCombo setDelegate:self];
   [mySizeCombo addItemsWithObjectValues:SizeItems()];
   [self selectSizePreset:kCustomSize];
   [mySizeCombo setAction:@selector(onSizeComboBoxSelected)];

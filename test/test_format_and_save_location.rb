@@ -72,9 +72,10 @@ class TestFormatAndSaveLocation < Minitest::Test
   end
 
   def test_set_output_directory_selects_the_mode_and_writes_the_folder
-    assert_equal true, panel.set_output_directory("model", "/renders/model")
-    assert_equal [[1, 0], false, false, "/renders/model"], save_state
-    assert_equal ["png", "model", "/renders/model"], reported_output
+    folder = "/renders/model/\u{1F3AC} \u2713 \u00E9" # four, three and two bytes in UTF-8
+    assert_equal true, panel.set_output_directory("model", folder)
+    assert_equal [[1, 0], false, false, folder], save_state
+    assert_equal ["png", "model", folder], reported_output
 
     ["custom", "Model", "MODEL", "model ", ""].each do |mode|
       panel.show

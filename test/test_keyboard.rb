@@ -122,8 +122,25 @@ class KeyboardTest < Minitest::Test
     assert_equal %w[fixed 640 480], output_reported.first(3)
   end
 
+  def test_a_click_picks_from_the_open_size_list
+    next_line
+    x, y = @points["size_list"]
+    shown = visible_windows
+    click([(x + @points["size_frame"][2] / 2 - 6).round, y], hold: 0.1)
+    deadline = Time.now + LIMIT
+    sleep 0.05 until (visible_windows - shown).any? || Time.now > deadline
+    # The list opens under the box, about 15 points an item: the fourth, 1024 x 768.
+    click([x, y + 67], hold: 0.1)
+    click(@points["ok"])
+    assert_equal %w[fixed 1024 768], output_reported.first(3)
+  end
+
   private
 
+
+  def visible_windows
+    IO.popen(environment, %w[xdotool search --onlyvisible --name .*], err: File::NULL, &:read).split
+  end
 
   def focus_after(key)
     xdotool("key", key)

@@ -58,13 +58,18 @@ class ScriptClassTest < Minitest::Test
       Driver = OptionsPanelDriver
       report = {}
       window = Velmar::OptionsPanelWindow.new(OptionsPanelTexts::EN)
-      window.observe(Object.new)
+      closes = []
+      closer = Object.new
+      closer.define_singleton_method(:close) { |payload| closes << payload }
+      window.observe(closer)
       window.send(:hide_render_all=, 1)
       window.output_directory("a\\\\b")
       report[:built_before] = Driver.built?
       window.populate_presets("One|Two")
       report[:built_after] = Driver.built?
       report[:after_setter] = Driver.window_state.slice(:visible, :key, :level)
+      window.close
+      report[:closed] = [closes, Driver.window_state[:visible]]
       window.show
       report[:after_show] = Driver.window_state.slice(:visible, :key, :level)
       report[:modal] = Driver.modal_panel_level
@@ -77,6 +82,7 @@ class ScriptClassTest < Minitest::Test
     refute report[:built_before]
     assert report[:built_after]
     assert_equal({ visible: true, key: true, level: 0 }, report[:after_setter])
+    assert_equal [[[1.0]], false], report[:closed], "a panel a setter built closes, with one close"
     assert_equal({ visible: true, key: true, level: report[:modal] }, report[:after_show])
   end
 
