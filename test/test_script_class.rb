@@ -86,6 +86,32 @@ class ScriptClassTest < Minitest::Test
     assert_equal({ visible: true, key: true, level: report[:modal] }, report[:after_show])
   end
 
+  # Every method that drives the panel builds it when it comes first: each is
+  # called first in a process of its own, forked before anything is built.
+  def test_each_method_that_drives_the_panel_builds_it_when_first
+    out, err, status = run_ruby(<<~RUBY, timeout: 120)
+      window = Velmar::OptionsPanelWindow.new(OptionsPanelTexts::EN)
+      calls = { show: [], close: [], "text=": ["t"], "preset=": ["p"], populate_presets: ["a|b"],
+                set_output_dimensions: ["fixed", 640, 480, 0, 0], "output_format=": ["jpg"],
+                set_output_format: [1, 2, 3], set_output_directory: ["custom", "/x"] }
+      %w[spherical_point_lights information_bar clay caching caustic translucent_color
+         automatic_materials].each { |box| calls[:"set_environment_\#{box}"] = [true] }
+      %w[brightness contrast].each { |slider| calls[:"set_environment_\#{slider}"] = [7] }
+      calls[:set_environment_background] = ["sky"]
+      calls.each do |name, args|
+        pid = fork do
+          window.public_send(name, *args)
+          exit!(OptionsPanelDriver.built? ? 0 : 1)
+        end
+        Process.wait(pid)
+        puts "\#{name} did not build the panel" unless $?.success?
+      end
+      puts "checked \#{calls.size}"
+    RUBY
+    assert status.success?, err
+    assert_equal ["checked 19"], out.lines.map(&:chomp)
+  end
+
   def test_methods_that_drive_the_panel_belong_to_the_main_thread
     p = panel
     Driver.choose_tab(1)
