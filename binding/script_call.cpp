@@ -15,8 +15,8 @@ namespace velmar {
 static std::vector<VALUE> held_exceptions;
 static VALUE held_marker = Qnil;
 
-static void mark_held(void *) {
-  for (VALUE exception : held_exceptions)
+static void mark_held(void *held) {
+  for (VALUE exception : *static_cast<std::vector<VALUE> *>(held))
     rb_gc_mark(exception);
 }
 
@@ -34,7 +34,8 @@ static const rb_data_type_t *held_marker_type() {
 static std::vector<VALUE> &held_list() {
   if (NIL_P(held_marker)) {
     rb_global_variable(&held_marker);
-    held_marker = TypedData_Wrap_Struct(rb_cObject, held_marker_type(), nullptr);
+    // The collector marks a wrapped object only if it wraps something.
+    held_marker = TypedData_Wrap_Struct(rb_cObject, held_marker_type(), &held_exceptions);
   }
   return held_exceptions;
 }
