@@ -127,8 +127,7 @@ class KeyboardTest < Minitest::Test
     x, y = @points["size_list"]
     shown = visible_windows
     click([(x + @points["size_frame"][2] / 2 - 6).round, y], hold: 0.1)
-    deadline = Time.now + LIMIT
-    sleep 0.05 until (visible_windows - shown).any? || Time.now > deadline
+    wait_for("the size list to open") { (visible_windows - shown).any? }
     # The list opens under the box, about 15 points an item: the fourth, 1024 x 768.
     click([x, y + 67], hold: 0.1)
     click(@points["ok"])

@@ -159,19 +159,4 @@ class WindowManagerTest < Minitest::Test
     assert $?.success?, "#{command.join(' ')} failed"
     output
   end
-
-  # Polls until the block gives a true value, which it returns.
-  def wait_for(what, &block)
-    poll(&block) or flunk("waited #{LIMIT} s for #{what}")
-  end
-
-  # The block's first true value within the time limit, or nil.
-  def poll
-    deadline = Time.now + LIMIT
-    loop do
-      result = yield
-      return result if result || Time.now > deadline
-      sleep 0.05
-    end
-  end
 end

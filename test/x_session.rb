@@ -150,6 +150,21 @@ module XSession
     end
   end
 
+  # Polls until the block gives a true value, which it returns.
+  def wait_for(what, &block)
+    poll(&block) or flunk("waited #{LIMIT} s for #{what}")
+  end
+
+  # The block's first true value within the time limit, or nil.
+  def poll
+    deadline = Time.now + LIMIT
+    loop do
+      result = yield
+      return result if result || Time.now > deadline
+      sleep 0.05
+    end
+  end
+
   def xdotool(*words)
     assert system(environment, "timeout", LIMIT.to_s, "xdotool", *words, out: File::NULL), "xdotool #{words.join(' ')}"
   end
