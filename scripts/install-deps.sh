@@ -12,6 +12,8 @@ packages=(
   xvfb xauth
   # The real-input test presses keys and moves the pointer as a person does.
   xdotool
+  # The keyboard test reads the screen's pixels as the X server holds them.
+  imagemagick
   # The window-manager test: a real window manager, a tool that asks it for
   # its windows and closes them, and another program's window (xmessage) with
   # the tools that read windows' properties (xprop, xwininfo).
