@@ -1,6 +1,6 @@
 require_relative "test_helper"
 
-# Showing and the four ways of closing, each reported exactly once.
+# Showing and the ways of closing, each reported exactly once.
 class ClosingTest < Minitest::Test
   include PanelTest
 
@@ -8,45 +8,30 @@ class ClosingTest < Minitest::Test
     reset_panel
   end
 
-  def closes_after
+  def events_of
     LOG.clear
     yield
-    LOG.names
+    LOG.events
   end
 
-  def test_each_way_of_closing_sends_one_close
-    ways = {
-      script: -> { panel.close },
-      close_button: -> { Driver.click(:close) },
-      close_box: -> { Driver.close_box },
-      ok: -> { Driver.click(:ok) },
-    }
+  def test_each_way_of_closing_sends_one_close_and_a_closed_panel_none
+    ways = { script: -> { panel.close }, close_button: -> { Driver.click(:close) },
+             close_box: -> { Driver.close_box }, ok: -> { Driver.click(:ok) } }
     ways.each do |way, close|
       panel.show
-      names = closes_after(&close)
-      assert_equal "close", names.last, way
-      assert_equal 1, names.count("close"), way
-      assert_equal [1.0], LOG.payload("close"), way
-      assert_instance_of Float, LOG.payload("close").first
+      events = events_of(&close)
+      assert_equal [["close", [1.0]]], events.select { |name, _| name == "close" }, way
+      assert_equal "close", events.last.first, way
+      assert_instance_of Float, events.last.last.first
       refute Driver.window_state[:visible], way
+      assert_empty events_of { panel.close }, "#{way}: closing a closed panel"
     end
-  end
-
-  def test_closing_a_closed_panel_sends_nothing
-    panel.close
-    assert_empty closes_after { panel.close }
-    assert_empty closes_after { Driver.process_events }
-    panel.show
-    assert_equal ["close"], closes_after { Driver.close_box }
   end
 
   def test_show_raises_to_the_modal_panel_level_and_sends_nothing
     panel.close
-    assert_empty closes_after { panel.show; panel.show }
-    state = Driver.window_state
-    assert state[:visible]
-    assert state[:key]
-    assert_equal Driver.modal_panel_level, state[:level]
+    assert_empty events_of { panel.show; panel.show }
+    assert_equal [true, true, Driver.modal_panel_level], Driver.window_state.values_at(:visible, :key, :level)
   end
 
   def test_a_closed_panel_keeps_its_state_and_takes_setters
@@ -57,11 +42,9 @@ class ClosingTest < Minitest::Test
     panel.close
     panel.set_environment_clay(true)
     panel.show
-    assert_equal [0, 1, 0], cell_states(:size_mode)
-    assert_equal "077", text_of(:width)
-    assert_equal 1, control(:caustics)[:state]
-    assert_equal 1, control(:clay)[:state]
-    assert_equal [false, true], Driver.tabs.map { |t| t[:selected] }
+    assert_equal [[0, 1, 0], "077", 1, 1, [false, true]],
+                 [cell_states(:size_mode), text_of(:width), control(:caustics)[:state],
+                  control(:clay)[:state], Driver.tabs.map { |t| t[:selected] }]
   end
 
   # AppKit hides a panel while its application is in the background; closing it
@@ -69,8 +52,8 @@ class ClosingTest < Minitest::Test
   def test_a_panel_hidden_with_its_application_still_closes
     Driver.hide_as_inactive
     refute Driver.window_state[:visible]
-    assert_equal ["close"], closes_after { panel.close }
-    assert_empty closes_after { panel.close }
+    assert_equal ["close"], events_of { panel.close }.map(&:first)
+    assert_empty events_of { panel.close }
   end
 
   # AppKit closes every window as the application terminates, while the host may

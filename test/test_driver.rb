@@ -5,32 +5,16 @@ require_relative "test_helper"
 class DriverTest < Minitest::Test
   include PanelTest
 
-  # Raises the exception armed for an event, once; observers can't be removed,
-  # so one is registered for the whole run and disarmed after each test.
-  class Failing
-    attr_reader :armed
-
-    def initialize
-      @armed = {}
-    end
-
-    %w[options_changed close].each do |event|
-      define_method(event) do |_payload|
-        failure = @armed.delete(event)
-        raise failure if failure
-      end
-    end
-  end
-
-  FAILING = Failing.new
-  Velmar::OptionsPanelWindow.new(TEXTS).observe(FAILING)
+  # Raises the exception armed for an event, once.
+  FAILURES = {}
+  Velmar::OptionsPanelWindow.new(TEXTS).observe(Hook.new { |event, _| raise FAILURES.delete(event) if FAILURES[event] })
 
   def setup
     reset_panel
   end
 
   def teardown
-    FAILING.armed.clear
+    FAILURES.clear
     Driver.raise_observer_errors = false
   end
 
@@ -49,18 +33,14 @@ class DriverTest < Minitest::Test
     Driver.choose_tab(1)
     LOG.clear
     before = user_state
-    image_tab = '"tab1", which is not showing'
-    {
-      "width" => [-> { Driver.type(:width, "5") },
-                             -> { Driver.replace(:width, "5") },
-                             -> { Driver.clear(:width) },
-                             -> { Driver.press_return(:width) }],
-      "transparent_background" => [-> { Driver.click(:transparent_background) }, -> { Driver.press(:transparent_background) },
-                           -> { Driver.click_later(:transparent_background, 0) }],
-      "size_mode" => [-> { Driver.click_cell(:size_mode, 0) }],
-      "size" => [-> { Driver.pick(:size, 1) }]
-    }.each do |name, steps|
-      steps.each { |step| assert_equal "#{name} is on the tab #{image_tab}", refusal(&step) }
+    steps = { width: [-> { Driver.type(:width, "5") }, -> { Driver.replace(:width, "5") },
+                      -> { Driver.clear(:width) }, -> { Driver.press_return(:width) }],
+              transparent_background: [-> { Driver.click(:transparent_background) },
+                                       -> { Driver.press(:transparent_background) },
+                                       -> { Driver.click_later(:transparent_background, 0) }],
+              size_mode: [-> { Driver.click_cell(:size_mode, 0) }], size: [-> { Driver.pick(:size, 1) }] }
+    steps.each do |name, calls|
+      calls.each { |step| assert_equal "#{name} is on the tab \"tab1\", which is not showing", refusal(&step) }
     end
     Driver.choose_tab(0)
     assert_equal 'intensity is on the tab "tab2", which is not showing',
@@ -95,28 +75,23 @@ class DriverTest < Minitest::Test
     assert_empty LOG.events
   end
 
-  def test_slide_leaves_the_slider_where_the_drag_ends_and_ok_reports_it
+  # type adds at the end, replace types over the text, slide ends where the drag does.
+  def test_type_replace_and_slide_act_as_a_user_and_ok_reports_them
+    Driver.click_cell(:size_mode, 1) # Fixed
+    Driver.replace(:width, "640")
+    Driver.type(:width, "0")
+    Driver.replace(:height, "")
+    assert_equal ["6400", ""], [text_of(:width), text_of(:height)]
+    Driver.replace(:height, "720")
     Driver.choose_tab(1)
     Driver.slide(:intensity, 80)
     Driver.slide(:exposure, 250) # dragged past the end
-    assert_equal [80, 100], %i[intensity exposure].map { |s| control(s)[:value] }
-    assert_equal [80, 100], press_ok["environment_changed"][4, 2]
-  end
-
-  def test_type_adds_at_the_end_and_replace_types_over_the_text
-    Driver.click_cell(:size_mode, 1) # Fixed
-    Driver.replace(:width, "640")
-    assert_equal "640", text_of(:width)
-    Driver.type(:width, "0")
-    assert_equal "6400", text_of(:width)
-    Driver.replace(:height, "")
-    assert_equal "", text_of(:height)
-    Driver.replace(:height, "720")
-    assert_equal %w[fixed 6400 720], press_ok["output_changed"].first(3)
+    events = press_ok
+    assert_equal [%w[fixed 6400 720], [80, 100]], [events["output_changed"].first(3), events["environment_changed"][4, 2]]
   end
 
   def test_observer_exceptions_are_printed_unless_the_test_asks_for_them
-    FAILING.armed["options_changed"] = KeyError.new("printed")
+    FAILURES["options_changed"] = KeyError.new("printed")
     _, err = capture_io { Driver.click(:ok) }
     assert_match(/printed \(KeyError\)/, err)
     assert_equal OK_EVENTS, LOG.names
@@ -124,7 +99,7 @@ class DriverTest < Minitest::Test
     reset_panel
     Driver.raise_observer_errors = true
     assert Driver.raise_observer_errors?
-    FAILING.armed.update("options_changed" => KeyError.new("raised"),
+    FAILURES.update("options_changed" => KeyError.new("raised"),
                          "close" => IndexError.new("second"))
     error = nil
     _, err = capture_io { error = assert_raises(KeyError) { Driver.click(:ok) } }

@@ -49,29 +49,43 @@ SCRIPT_METHODS = {
 Driver = OptionsPanelDriver
 BUILD_DIR = File.expand_path(ENV.fetch("BUILD_DIR", "build"), File.join(__dir__, ".."))
 
+EVENTS = %w[preset_changed output_changed environment_changed options_changed
+            options_changed_show_render_all close].freeze
+
+# Calls the block with each event and its payload until retired: observers
+# can't be removed, so a test's own go quiet once it ends.
+class Hook
+  def initialize(&block)
+    @block = block
+    @live = true
+  end
+
+  EVENTS.each { |event| define_method(event) { |payload| @block.call(event, payload) } }
+
+  def retire
+    @live = false
+  end
+
+  def respond_to?(name, include_private = false)
+    @live && super
+  end
+end
+
 # Hears every event; the observer list only grows, so one recorder serves all tests.
-class EventLog
+class EventLog < Hook
   attr_reader :events
 
   def initialize
     @events = []
+    super { |event, payload| @events << [event, payload] }
   end
 
   def names
     @events.map(&:first)
   end
 
-  def payload(name)
-    @events.reverse.find { |n, _| n == name }&.last
-  end
-
   def clear
     @events.clear
-  end
-
-  %w[preset_changed output_changed environment_changed options_changed
-     options_changed_show_render_all close].each do |event|
-    define_method(event) { |payload| @events << [event, payload] }
   end
 end
 
@@ -83,6 +97,18 @@ module PanelTest
 
   def panel
     Velmar::OptionsPanelWindow.new(TEXTS)
+  end
+
+  # An observer of this test's own, quiet once the test ends.
+  def hook(&block)
+    (@hooks ||= []) << Hook.new(&block)
+    panel.observe(@hooks.last)
+    @hooks.last
+  end
+
+  def after_teardown
+    @hooks&.each(&:retire)
+    super
   end
 
   def control(name)

@@ -6,35 +6,9 @@ require_relative "test_helper"
 class ObserverJumpsTest < Minitest::Test
   include PanelTest
 
-  # Calls the block for every event until retired; observers can't be removed.
-  class Hook
-    def initialize(&block)
-      @block = block
-      @live = true
-    end
-
-    %w[preset_changed output_changed environment_changed options_changed
-       options_changed_show_render_all close].each do |event|
-      define_method(event) { |payload| @block.call(event, payload) }
-    end
-
-    def retire
-      @live = false
-    end
-
-    def respond_to?(name, include_private = false)
-      @live && super
-    end
-  end
-
   def setup
     reset_panel
     @heard = []
-    @hooks = []
-  end
-
-  def teardown
-    quiet
   end
 
   # Retires this test's observers so far.
@@ -43,24 +17,17 @@ class ObserverJumpsTest < Minitest::Test
     @heard.clear
   end
 
-  def hook(&block)
-    @hooks << Hook.new(&block)
-    panel.observe(@hooks.last)
-  end
-
   # Hears every event in @heard, then does what the block says on `event`.
   def on(event, &action)
-    heard = @heard
     hook do |name, payload|
-      heard << name
+      @heard << name
       action.call(payload) if name == event
     end
   end
 
   # A second observer after the jumping one: it shows whether the event went on.
   def listen
-    heard = @heard
-    hook { |name, _| heard << "later #{name}" }
+    hook { |name, _| @heard << "later #{name}" }
   end
 
   def panel_open?
@@ -81,36 +48,31 @@ class ObserverJumpsTest < Minitest::Test
     assert_equal ["close", "later close"], @heard
   end
 
-  def test_a_throw_during_a_script_call_resumes_at_its_catch
-    on("close") { |payload| throw :leave, payload }
+  # A throw from the event, with `listen` after it; what the catch got, whether
+  # code after the inner catch ran, what was heard and whether the panel is open.
+  def throw_from(event, trigger)
+    on(event) { |payload| throw :outer, payload }
     listen
-    after = []
-    result = catch(:leave) do
-      panel.close
-      after << :close_returned
+    inner_left = false
+    result = catch(:outer) do
+      catch(:inner) { trigger.call }
+      inner_left = true
     end
-    assert_equal [1.0], result
-    assert_empty after
-    assert_equal ["close"], @heard
-    refute panel_open?
+    [result, inner_left, @heard.dup, panel_open?]
+  ensure
+    quiet
   end
 
-  def test_a_throw_during_the_users_action_resumes_at_its_catch
-    on("output_changed") { |payload| throw :leave, payload[0] }
-    listen
-    result = catch(:leave) do
-      Driver.click(:ok)
-      :click_returned
-    end
-    assert_equal "viewport", result
-    assert_equal %w[preset_changed later\ preset_changed output_changed], @heard
-    refute panel_open?, "OK still closes the panel"
-
+  # The throw passes the catches inside its own; it stops its event's delivery,
+  # and OK still closes the panel.
+  def test_a_throw_resumes_at_its_catch
+    assert_equal [[1.0], false, ["close"], false], throw_from("close", -> { panel.close }), "script call"
     panel.show
-    @heard.clear
-    result = catch(:leave) { Driver.close_box }
-    assert_nil result, "close sends no output_changed"
-    assert_equal ["close", "later close"], @heard
+    assert_equal [[1.0], false, ["close"], false], throw_from("close", -> { Driver.click(:close) }), "click"
+    panel.show
+    output, *rest = throw_from("output_changed", -> { Driver.click(:ok) })
+    assert_equal "viewport", output[0]
+    assert_equal [false, %w[preset_changed later\ preset_changed output_changed], false], rest
   end
 
   # As when an ensure clause throws while an exception is on its way: the
@@ -129,25 +91,6 @@ class ObserverJumpsTest < Minitest::Test
     assert_match(/raised first \(KeyError\)/, err)
   end
 
-  def test_a_throw_passes_the_catches_nested_inside_its_own
-    on("close") { throw :outer, :thrown }
-    inner_done = false
-    result = catch(:outer) do
-      catch(:inner) { panel.close }
-      inner_done = true
-    end
-    assert_equal :thrown, result
-    refute inner_done
-
-    panel.show
-    result = catch(:outer) do
-      catch(:inner) { Driver.click(:close) }
-      inner_done = true
-    end
-    assert_equal :thrown, result
-    refute inner_done
-  end
-
   # An observer that closes the panel from its own event: the inner close is
   # a script call inside the user's action, and the throw goes on through both.
   def test_a_throw_from_an_event_inside_an_event_reaches_the_outer_catch
@@ -159,39 +102,37 @@ class ObserverJumpsTest < Minitest::Test
     refute panel_open?
   end
 
-  def test_exit_and_signals_during_a_script_call_leave_from_the_call
-    on("close") { exit 5 }
+  # The exception that exit or a signal from the event raises, what was heard
+  # and whether the panel is open.
+  def jump_from(event, trigger, &action)
+    on(event, &action)
     listen
-    error = assert_raises(SystemExit) { panel.close }
-    assert_equal 5, error.status
-    assert_equal ["close"], @heard
-
+    error = assert_raises(SignalException, SystemExit) { trigger.call }
+    [error, @heard.dup, panel_open?]
+  ensure
     quiet
-    on("options_changed_show_render_all") { raise Interrupt }
-    listen
-    assert_raises(Interrupt) { panel.send(:hide_render_all=, 1) }
-    assert_equal ["options_changed_show_render_all"], @heard
   end
 
-  def test_exit_and_signals_during_the_users_action_leave_when_it_returns
-    on("environment_changed") { exit 6 }
-    listen
-    error = assert_raises(SystemExit) { Driver.click(:ok) }
-    assert_equal 6, error.status
-    assert_equal %w[preset_changed later\ preset_changed output_changed later\ output_changed
-                    environment_changed], @heard
-    refute panel_open?
+  # From a script call they leave at once; from the user's action, once the
+  # action returns, its event cut short and the panel closed.
+  def test_exit_and_signals_leave_from_the_call_or_the_users_action
+    error, heard = jump_from("close", -> { panel.close }) { exit 5 }
+    assert_equal [5, ["close"]], [error.status, heard]
+    event = "options_changed_show_render_all"
+    error, heard = jump_from(event, -> { panel.send(:hide_render_all=, 1) }) { raise Interrupt }
+    assert_equal [Interrupt, [event]], [error.class, heard]
 
-    quiet
+    panel.show
+    error, heard, open = jump_from("environment_changed", -> { Driver.click(:ok) }) { exit 6 }
+    assert_equal [6, %w[preset_changed later\ preset_changed output_changed later\ output_changed
+                        environment_changed], false], [error.status, heard, open]
     panel.show
     # Ctrl-C while an observer waits: Ruby raises Interrupt inside it.
-    on("close") do
+    error, heard, open = jump_from("close", -> { Driver.close_box }) do
       Process.kill(:INT, Process.pid)
       sleep 5
     end
-    assert_raises(Interrupt) { Driver.close_box }
-    assert_equal ["close"], @heard
-    refute panel_open?
+    assert_equal [Interrupt, ["close"], false], [error.class, heard, open]
   end
 
   # Calls the block on close; a break in it leaves the method that the block
@@ -206,14 +147,11 @@ class ObserverJumpsTest < Minitest::Test
   end
 
   def test_a_break_from_a_proc_observer_leaves_the_method_it_was_given_to
-    result = closing_with(-> { panel.close }) { |payload| break [:broke, payload] }
-    assert_equal [:broke, [1.0]], result
-    refute panel_open?
-
-    panel.show
-    result = closing_with(-> { Driver.click(:close) }) { |payload| break [:broke, payload] }
-    assert_equal [:broke, [1.0]], result
-    refute panel_open?
+    [-> { panel.close }, -> { Driver.click(:close) }].each do |trigger|
+      panel.show
+      assert_equal [:broke, [1.0]], closing_with(trigger) { |payload| break [:broke, payload] }
+      refute panel_open?
+    end
   end
 
   def test_exit_during_ok_ends_a_plain_ruby_process_with_its_status

@@ -4,107 +4,68 @@ require_relative "test_helper"
 class ObserversTest < Minitest::Test
   include PanelTest
 
-  # Records into a shared journal under its own name.
-  class Tagged
-    def initialize(tag, journal, &on_event)
-      @tag = tag
-      @journal = journal
-      @on_event = on_event
-    end
-
-    %w[preset_changed output_changed environment_changed options_changed
-       options_changed_show_render_all close].each do |event|
-      define_method(event) do |payload|
-        @journal << [@tag, event, payload]
-        @on_event&.call(event, payload)
-      end
-    end
-  end
-
-  # Observers can't be removed, so each test's observers go quiet once it ends.
   def setup
     reset_panel
     @journal = []
-    @live = true
   end
 
-  def teardown
-    @live = false
-  end
-
+  # Records [tag, event, payload] in the journal, then runs the block.
   def observe(tag, &block)
-    journal = @journal
-    test = self
-    observer = Tagged.new(tag, journal) { |e, pl| block&.call(e, pl) if test.live? }
-    observer.define_singleton_method(:respond_to?) { |m, p = false| test.live? && super(m, p) }
-    panel.observe(observer)
-    observer
-  end
-
-  def live?
-    @live
+    hook do |event, payload|
+      @journal << [tag, event, payload]
+      block&.call(event, payload)
+    end
   end
 
   def calls(event)
     @journal.select { |_, e, _| e == event }
   end
 
-  def test_order_of_registration_and_duplicates
+  def calls_of(tag)
+    @journal.select { |t, _, _| t == tag }.map { |_, e, _| e }
+  end
+
+  def test_order_of_registration_duplicates_and_the_very_payload
     a = observe(:a)
     observe(:b)
     panel.observe(a)
-    panel.send(:hide_render_all=, :x)
-    assert_equal %i[a b a], calls("options_changed_show_render_all").map(&:first)
+    object = Object.new
+    [false, nil, object].each { |v| assert_equal true, panel.send(:hide_render_all=, v) }
+    heard = calls("options_changed_show_render_all")
+    assert_equal %i[a b a] * 3, heard.map(&:first)
+    assert_equal [[false]] * 3 + [[nil]] * 3 + [[object]] * 3, heard.map(&:last)
+    assert_same object, heard.last.last.first
   end
 
-  def test_ok_sends_the_four_events_then_close_to_each_observer
-    observe(:a)
-    press_ok
-    assert_equal OK_EVENTS, @journal.map { |_, e, _| e }
-    refute Driver.window_state[:visible]
-  end
-
-  def test_only_public_methods_named_after_the_event_are_called
+  def test_ok_events_reach_only_public_methods_named_after_them_in_one_shared_array
     only_close = Class.new { attr_reader :got; def close(p); (@got ||= []) << p; end }.new
     private_close = Class.new { attr_reader :got; private def close(p); @got = p; end }.new
-    panel.observe(only_close)
-    panel.observe(private_close)
-    press_ok
-    assert_equal [[1.0]], only_close.got
-    assert_nil private_close.got
-  ensure
-    only_close.define_singleton_method(:respond_to?) { |*| false }
-  end
-
-  def test_all_observers_share_one_payload_array
+    [only_close, private_close].each { |o| panel.observe(o) }
     observe(:a) { |e, pl| pl << :added_by_a if e == "preset_changed" }
     observe(:b)
     press_ok
+    assert_equal OK_EVENTS, calls_of(:a)
+    assert_equal [[1.0]], only_close.got
+    assert_nil private_close.got
     a, b = calls("preset_changed")
     assert_same a[2], b[2]
     assert_equal ["Default", :added_by_a], b[2]
-  end
-
-  def test_payload_of_hide_render_all_is_the_very_object
-    observe(:a)
-    object = Object.new
-    [false, nil, "text", object].each { |v| assert_equal true, panel.send(:hide_render_all=, v) }
-    payloads = calls("options_changed_show_render_all").map(&:last)
-    assert_equal [[false], [nil], ["text"], [object]], payloads
-    assert_same object, payloads.last.first
+    refute Driver.window_state[:visible]
+  ensure
+    [only_close, private_close].each { |o| o.define_singleton_method(:respond_to?) { |*| false } }
   end
 
   def test_an_observer_added_during_a_dispatch_hears_only_later_events
     late = nil
     observe(:a) { |e, _| late ||= observe(:late) if e == "preset_changed" }
     press_ok
-    assert_equal OK_EVENTS.drop(1), @journal.select { |t, _, _| t == :late }.map { |_, e, _| e }
+    assert_equal OK_EVENTS.drop(1), calls_of(:late)
   end
 
   def test_an_event_sent_inside_a_dispatch_is_delivered_completely_first
     observe(:a) { |e, _| panel.send(:hide_render_all=, true) if e == "output_changed" }
     observe(:b)
-    click_ok
+    Driver.click(:ok)
     order = @journal.map { |t, e, _| [t, e] }
     i = order.index([:a, "output_changed"])
     assert_equal [[:a, "options_changed_show_render_all"], [:b, "options_changed_show_render_all"],
@@ -113,16 +74,11 @@ class ObserversTest < Minitest::Test
 
   def test_an_observer_closing_the_panel_during_ok_gets_exactly_one_close
     observe(:a) { |e, _| panel.close if e == "preset_changed" }
-    click_ok
-    events = @journal.map { |_, e, _| e }
+    Driver.click(:ok)
+    events = calls_of(:a)
     assert_equal 1, events.count("close")
     assert_equal %w[output_changed environment_changed options_changed], events.last(3)
     refute Driver.window_state[:visible]
-  end
-
-  # For presses whose observers send events of their own in between.
-  def click_ok
-    Driver.click(:ok)
   end
 
   def test_a_failing_observer_stops_neither_the_others_nor_the_ok_step
@@ -138,10 +94,6 @@ class ObserversTest < Minitest::Test
     assert_match(/test_observers\.rb:\d+/, err, "the report carries the backtrace")
   ensure
     wrong_arity&.define_singleton_method(:respond_to?) { |*| false }
-  end
-
-  def calls_of(tag)
-    @journal.select { |t, _, _| t == tag }.map { |_, e, _| e }
   end
 
   def test_script_methods_re_raise_the_first_observer_failure_after_delivery
@@ -165,9 +117,19 @@ class ObserversTest < Minitest::Test
     undef_method :full_message
   end
 
+  # An exception may answer backtrace with nil.
+  class TracelessError < BareError
+    def backtrace; end
+  end
+
   def test_an_exception_without_full_message_is_reported_from_its_parts
     observe(:bare) { |e, _| raise BareError, "no full message" if e == "close" }
     _, err = capture_io { Driver.click(:close) }
-    assert_match(/\A\S*test_observers\.rb:\d+:in .*: no full message \(ObserversTest::BareError\)\n\tfrom \S+:\d+:in /, err)
+    assert_match(/\A\S*test_observers\.rb:\d+:in .*: no full message \(ObserversTest::BareError\)\n\tfrom \S+:\d+:in /,
+                 err)
+    panel.show
+    observe(:traceless) { |e, _| raise TracelessError, "no trace" if e == "close" }
+    _, err = capture_io { Driver.click(:close) }
+    assert_match(/^no trace \(ObserversTest::TracelessError\)$/, err)
   end
 end
