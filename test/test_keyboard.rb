@@ -1,13 +1,13 @@
 require_relative "test_helper"
 require_relative "x_session"
 
-# A person with only the keyboard, from the panel's first appearance; and the
-# size list opened and closed without a pick.
+# A person with only the keyboard, from the panel's first appearance; the size
+# list opened and closed without a pick; the folder chooser giving the keys back.
 class KeyboardTest < Minitest::Test
   include XSession
 
   # The plugin watches the panel while the person works: it prints which
-  # control has the focus each time that changes, and the Clay box's state.
+  # control has the focus and the Clay box's state, first and on each change.
   PLUGIN = (PLUGIN_PRELUDE + <<~RUBY).freeze
     panel.set_output_dimensions("fixed", 1280, 720, 640, 480)
     panel.set_output_directory("custom", "/renders")
@@ -18,19 +18,17 @@ class KeyboardTest < Minitest::Test
     driver.choose_tab(0)
     points.update("size_list" => driver.screen_point(:size, nil),
                   "size_frame" => driver.control(:size)[:drawn_in_window],
-                  "ok" => driver.screen_point(:ok, nil))
+                  "ok" => driver.screen_point(:ok, nil),
+                  "folder_button" => driver.screen_point(:choose_folder, nil))
     print_points(driver, points)
-    seen = nil
-    clay = nil
+    seen = {}
     deadline = Time.now + #{LIMIT}
     while driver.window_state[:visible] && Time.now < deadline
       driver.process_events
-      focus = driver.focused
-      puts JSON.dump(["focus", focus]) if focus != seen
-      seen = focus
-      state = driver.control(:clay)[:state]
-      puts JSON.dump(["clay", state]) if clay && state != clay
-      clay = state
+      { "focus" => driver.focused, "clay" => driver.control(:clay)[:state] }.each do |kind, now|
+        puts JSON.dump([kind, now]) unless seen[kind] == now
+        seen[kind] = now
+      end
       sleep 0.01
     end
   RUBY
@@ -43,32 +41,31 @@ class KeyboardTest < Minitest::Test
                              preset background].freeze
 
   def setup
-    start_session("keyboard", PLUGIN)
-    @points = host_points(@plugin)
-    xdotool("search", "--sync", "--onlyvisible", "--name", TEXTS["opt-window-title"])
-  end
-
-  def teardown
-    end_session
+    super
+    @points = start_host
+    assert_equal [%w[focus size_mode], ["clay", 0]], Array.new(2) { next_line },
+                 "the panel opens with the focus on its first control and Clay clear"
   end
 
   def test_tab_round_both_tabs_space_on_a_box_and_ok
-    assert_equal %w[focus size_mode], next_line, "the panel opens with the focus on its first control"
     assert_equal IMAGE_TAB_ROUND, IMAGE_TAB_ROUND.map { focus_after("Tab") }
     assert_equal "preset", focus_after("shift+Tab")
     assert_equal "background", focus_after("ctrl+Tab"), "the focus follows into the Environment tab"
     assert_equal ENVIRONMENT_TAB_ROUND, ENVIRONMENT_TAB_ROUND.map { focus_after("Tab") }
-    5.times { focus_after("Tab") }
-    assert_equal "clay", focus_after("Tab")
+    assert_equal "clay", Array.new(6) { focus_after("Tab") }.last
 
-    box = box_rect
-    unticked = screen_pixels(box)
+    # The Clay box's pixels as the X server holds them, on whole pixels: what a person sees.
+    x, y = @points["clay"]
+    width, height = @points["clay_frame"][2, 2]
+    crop = "#{width.ceil}x#{height.ceil}+#{(x - width / 2).floor}+#{(y - height / 2).floor}"
+    box = -> { output_of("import", "-window", "root", "-crop", crop, "-depth", "8", "rgb:-") }
+    unticked = box.call
     xdotool("key", "space")
     assert_equal ["clay", 1], next_line
-    assert wait_for_screen(box) { |pixels| pixels != unticked }, "the tick is drawn"
+    wait_for("the tick to be drawn") { box.call != unticked }
     xdotool("key", "space")
     assert_equal ["clay", 0], next_line
-    assert wait_for_screen(box) { |pixels| pixels == unticked }, "the box looks as before it was ticked"
+    wait_for("the box to look as before it was ticked") { box.call == unticked }
     xdotool("key", "space")
     assert_equal ["clay", 1], next_line
 
@@ -83,101 +80,56 @@ class KeyboardTest < Minitest::Test
     assert_equal %w[panorama 1280 640], events.assoc("output_changed").last.first(3)
   end
 
-  def test_escape_while_a_field_is_edited_closes_as_close
-    next_line
-    focus_after("Tab")
-    assert_equal "width", focus_after("Tab")
+  # On a bare X server no window manager hands the focus on: the panel must take
+  # the keys back itself when the folder chooser closes.
+  def test_the_panel_has_the_keys_after_the_chooser_and_escape_in_a_field_closes_as_close
+    focused = -> { output_of("xdotool", "getwindowfocus", "getwindowname", check: false).to_s.chomp }
+    click(@points["folder_button"])
+    wait_for("the chooser to take the keys") { !["", TITLE].include?(focused.call) }
+    xdotool("key", "Escape") # the chooser's Cancel
+    wait_for("the panel to take the keys back") { focused.call == TITLE }
+    assert_equal %w[size width], Array.new(2) { focus_after("Tab") }, "the panel's controls have the keys"
     xdotool("type", "--delay", "40", "2048")
     xdotool("key", "Escape")
     assert_equal [["close", [1.0]]], events_until_close
   end
 
   def test_the_size_list_closed_without_a_pick_keeps_typed_values
-    next_line
-    focus_after("Tab")
-    focus_after("Tab")
+    assert_equal %w[size width], Array.new(2) { focus_after("Tab") }
     xdotool("type", "--delay", "40", "2048")
     assert_equal "height", focus_after("Tab")
     xdotool("type", "--delay", "40", "567")
     x, y = @points["size_list"]
-    button = [(x + @points["size_frame"][2] / 2 - 6).round, y]
+    half = @points["size_frame"][2] / 2
+    button = [(x + half - 6).round, y]
     # Its button again, a click elsewhere, Escape: each closes the list.
-    click(button, hold: 0.1)
-    click(button, hold: 0.1)
-    click(button, hold: 0.1)
-    click([(x - @points["size_frame"][2] / 2 - 20).round, y], hold: 0.1)
-    click(button, hold: 0.1)
+    [button, button, button, [(x - half - 20).round, y], button].each { |point| click(point, hold: 0.1) }
     xdotool("key", "Escape")
     click(@points["ok"])
-    assert_equal %w[fixed 2048 567], output_reported.first(3), "what the user typed is kept"
+    assert_equal %w[fixed 2048 567], output_at_close.first(3), "what the user typed is kept"
   end
 
-  def test_keys_open_the_size_list_and_pick_from_it
-    next_line
+  def test_a_click_and_then_keys_pick_from_the_size_list
     assert_equal "size", focus_after("Tab")
-    # Custom is shown: Down opens the list at it, twice more reaches 640 x 480.
-    # The keys queue up while the list opens; its own loop reads them in turn.
-    xdotool("key", "Down", "Down", "Down", "Return")
-    click(@points["ok"])
-    assert_equal %w[fixed 640 480], output_reported.first(3)
-  end
-
-  def test_a_click_picks_from_the_open_size_list
-    next_line
     x, y = @points["size_list"]
-    shown = visible_windows
+    windows = -> { output_of("xdotool", "search", "--onlyvisible", "--name", ".*").split }
+    shown = windows.call
     click([(x + @points["size_frame"][2] / 2 - 6).round, y], hold: 0.1)
-    wait_for("the size list to open") { (visible_windows - shown).any? }
+    wait_for("the size list to open") { (windows.call - shown).any? }
     # The list opens under the box, about 15 points an item: the fourth, 1024 x 768.
     click([x, y + 67], hold: 0.1)
+    # Down opens the list at the item shown, twice more reaches 3076 x 2034. The
+    # keys queue up while the list opens; its own loop reads them in turn.
+    xdotool("key", "Down", "Down", "Down", "Return")
     click(@points["ok"])
-    assert_equal %w[fixed 1024 768], output_reported.first(3)
+    assert_equal %w[fixed 3076 2034], output_at_close.first(3),
+                 "a click picks 1024 x 768 (without it the keys reach 640 x 480), then the keys two items on"
   end
 
   private
 
-
-  def visible_windows
-    IO.popen(environment, %w[xdotool search --onlyvisible --name .*], err: File::NULL, &:read).split
-  end
-
   def focus_after(key)
     xdotool("key", key)
-    kind, name = next_line
-    assert_equal "focus", kind
-    name
-  end
-
-  def output_reported
-    events = events_until_close.reject { |event| event.first == "focus" }
-    events.assoc("output_changed").last
-  end
-
-  # The Clay box as the X server shows it, on whole pixels.
-  def box_rect
-    x, y = @points["clay"]
-    width, height = @points["clay_frame"][2, 2]
-    [(x - width / 2).floor, (y - height / 2).floor, width.ceil, height.ceil]
-  end
-
-  # The screen's pixels in the rectangle (x, y, width, height; X's
-  # coordinates) as the X server holds them: what a person sees.
-  def screen_pixels(rect)
-    x, y, width, height = rect
-    pixels, status = Open3.capture2(environment, "timeout", LIMIT.to_s, "import", "-window", "root",
-                                    "-crop", "#{width}x#{height}+#{x}+#{y}", "-depth", "8", "rgb:-",
-                                    binmode: true)
-    assert status.success?, "import could not read the screen"
-    pixels
-  end
-
-  # Whether the screen comes to show what the block looks for within the time limit.
-  def wait_for_screen(rect)
-    deadline = Time.now + LIMIT
-    until yield(screen_pixels(rect))
-      return false if Time.now > deadline
-      sleep 0.05
-    end
-    true
+    next_line.tap { |kind, _name| assert_equal "focus", kind }.last
   end
 end

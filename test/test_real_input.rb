@@ -25,14 +25,6 @@ class RealInputTest < Minitest::Test
     print_points(driver, points)
   RUBY
 
-  def setup
-    start_session("real-input", PLUGIN)
-  end
-
-  def teardown
-    end_session
-  end
-
   def test_a_person_sets_size_options_and_brightness_and_presses_ok
     points = start_host
     click(points["fixed"])
@@ -43,33 +35,20 @@ class RealInputTest < Minitest::Test
     click(points["environment"], hold: 0.3)
     click(points["clay"])
     x, y = points["intensity"]
-    track_right = x + points["track"][2] / 2
-    xdotool("mousemove", x.to_s, y.to_s, "mousedown", "1",
-            "mousemove", (x + 10).to_s, y.to_s, "mousemove", (track_right + 40).round.to_s, y.to_s,
-            "mouseup", "1")
+    # From the knob a little way, then past the track's right end.
+    xdotool("mousemove", x, y, "mousedown", 1, "mousemove", x + 10, y,
+            "mousemove", (x + points["track"][2] / 2 + 40).round, y, "mouseup", 1)
     click(points["ok"])
 
     events = events_until_close
-    assert_equal %w[preset_changed output_changed environment_changed options_changed close],
-                 events.map(&:first)
+    assert_equal %w[preset_changed output_changed environment_changed options_changed close], events.map(&:first)
     assert_equal %w[fixed 1280 720 png custom /renders], events.assoc("output_changed").last.first(6)
     assert_equal ["default", 1, 0, 0, 100, 50], events.assoc("environment_changed").last,
                  "Clay ticked and Intensity dragged to its end; Exposure untouched"
   end
 
   def test_the_close_box_closes_without_a_report
-    points = start_host
-    click(points["close_box"])
+    click(start_host["close_box"])
     assert_equal [["close", [1.0]]], events_until_close
-  end
-
-  private
-
-
-  # Starts the host and returns where the plugin says its controls are.
-  def start_host
-    points = host_points(@plugin)
-    xdotool("search", "--sync", "--onlyvisible", "--name", TEXTS["opt-window-title"])
-    points
   end
 end

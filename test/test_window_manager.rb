@@ -17,27 +17,40 @@ class WindowManagerTest < Minitest::Test
   RUBY
 
   def setup
-    start_session("window-manager", PLUGIN)
+    super
     @renders = File.join(@folder, "renders")
     Dir.mkdir(@renders)
-    @config = default_settings
-    log = File.join(@folder, "openbox.log")
-    @wm_pid = spawn(environment, "openbox", "--sm-disable", %i[out err] => log)
-    poll { system(environment, "wmctrl", "-m", %i[out err] => File::NULL) } or
-      flunk("the window manager did not start: #{File.read(log)}")
+    # GNUstep's defaults as a user has them: a defaults folder with nothing in it.
+    @config = File.join(@folder, "GNUstep.conf")
+    lines = File.readlines(ENV.fetch("GNUSTEP_CONFIG_FILE", "/etc/GNUstep/GNUstep.conf"))
+    lines = lines.grep_v(/^GNUSTEP_USER_DEFAULTS_DIR=/) << "GNUSTEP_USER_DEFAULTS_DIR=#{@folder}/Defaults\n"
+    File.write(@config, lines.join)
+    # What openbox says, if anything, is on the test's own error output.
+    @pids = [spawn(environment, "openbox", "--sm-disable", out: File::NULL)]
+    wait_for("the window manager") { output_of("wmctrl", "-m", check: false) }
   end
 
-  def teardown
-    end_session(@other_pid, @wm_pid)
-  end
+  def test_the_panel_stays_above_a_window_the_user_clicked_and_closes_once_by_the_window_manager
+    start_host(@renders)
+    assert_equal [TITLE], client_list.map(&:last), "the panel and nothing else of ours, no application icon"
+    x, y, width, height = geometry(panel_window)
+    listed = client_list.map(&:first)
+    # Another program's window over the panel's lower right corner, reaching past it.
+    @pids << spawn(environment, "xmessage", "-geometry", "+#{x + width - 100}+#{y + height - 60}",
+                   "another program", %i[out err] => File::NULL)
+    other = wait_for("the other window") { (client_list.map(&:first) - listed).first }
+    ox, oy, ow, oh = geometry(other)
+    click([ox + ow - 5, oy + oh - 5])
+    wait_for("the other window to take the keys") { focused_window == other }
+    assert_operator stacking.index(panel_window), :>, stacking.index(other),
+                    "the panel stays above the window the user clicked"
 
-  def test_the_window_managers_close_on_the_panel_gives_one_close
-    start_host
-    assert_equal [TEXTS["opt-window-title"]], client_list.map(&:last),
-                 "the panel and nothing else of ours, no application icon"
-    wmctrl("-i", "-c", panel_window)
+    output_of("wmctrl", "-i", "-c", panel_window)
     assert_equal [["close", [1.0]]], events_until_close
-    assert_equal 0, host_status, "the host ends as the panel closes: #{@printed.join}"
+    Process.wait(@host_pid)
+    @host_pid = nil
+    @printed.concat(@output.readlines)
+    assert_equal 0, $?.exitstatus, "the host ends as the panel closes: #{@printed.join}"
     assert_empty @printed.grep(/^\[/).drop(2), "one close and nothing after it"
   end
 
@@ -45,118 +58,62 @@ class WindowManagerTest < Minitest::Test
     script = File.join(@folder, "plain.rb")
     # Nothing runs the toolkit's events in a plain ruby but the script itself.
     File.write(script, PLUGIN + "deadline = Time.now + #{LIMIT}\ndriver.process_events while Time.now < deadline\n")
-    program_points(RbConfig.ruby, "-I", BUILD_DIR, script, @renders)
-    assert_equal [TEXTS["opt-window-title"]], client_list.map(&:last)
+    start_host(@renders, program: [RbConfig.ruby, "-I", BUILD_DIR, script])
+    assert_equal [TITLE], client_list.map(&:last)
   end
 
   def test_the_window_managers_close_on_the_folder_chooser_is_a_cancel
-    points = start_host
+    points = start_host(@renders)
     listed = client_list.map(&:first)
     click(points["folder_button"])
     chooser = wait_for("the folder chooser") { (client_list.map(&:first) - listed).first }
-    assert_equal panel_window, transient_for(chooser), "the chooser belongs to the panel"
+    assert_equal panel_window, output_of("xprop", "-id", chooser, "WM_TRANSIENT_FOR")[/0x\h+/]&.to_i(16),
+                 "the chooser belongs to the panel"
 
     # A click on the part of the panel the chooser leaves free.
-    click(panel_corner)
-    assert_operator stacking.index(chooser), :>, stacking.index(panel_window),
-                    "the chooser stays above the panel"
+    x, y, _width, height = geometry(panel_window)
+    click([x + 5, y + height - 5])
+    assert_operator stacking.index(chooser), :>, stacking.index(panel_window), "the chooser stays above the panel"
 
-    wmctrl("-i", "-c", chooser)
+    output_of("wmctrl", "-i", "-c", chooser)
     wait_for("the chooser to close") { !client_list.map(&:first).include?(chooser) }
     assert_nil Process.waitpid(@host_pid, Process::WNOHANG), "the host lives on: #{@printed.join}"
     wait_for("the panel to take the keys back") { focused_window == panel_window }
 
     click(points["ok"])
-    output = events_until_close.assoc("output_changed").last
-    assert_equal ["custom", @renders], output[4, 2], "the folder is as it was"
-  end
-
-  def test_the_panel_stays_above_a_window_the_user_clicked
-    start_host
-    x, y, width, height = geometry(panel_window)
-    listed = client_list.map(&:first)
-    # Another program's window over the panel's lower right corner, reaching past it.
-    @other_pid = spawn(environment, "xmessage", "-geometry", "+#{x + width - 100}+#{y + height - 60}",
-                       "another program", %i[out err] => File::NULL)
-    other = wait_for("the other window") { (client_list.map(&:first) - listed).first }
-    ox, oy, ow, oh = geometry(other)
-    click([ox + ow - 5, oy + oh - 5])
-    wait_for("the other window to take the keys") { focused_window == other }
-    assert_operator stacking.index(panel_window), :>, stacking.index(other),
-                    "the panel stays above the window the user clicked"
+    assert_equal ["custom", @renders], output_at_close[4, 2], "the folder is as it was"
   end
 
   private
-
-  # GNUstep's defaults as a user has them: a defaults folder with nothing in it.
-  def default_settings
-    base = ENV.fetch("GNUSTEP_CONFIG_FILE", "/etc/GNUstep/GNUstep.conf")
-    lines = File.readlines(base).grep_v(/^GNUSTEP_USER_DEFAULTS_DIR=/)
-    config = File.join(@folder, "GNUstep.conf")
-    File.write(config, lines.join + "GNUSTEP_USER_DEFAULTS_DIR=#{@folder}/Defaults\n")
-    config
-  end
 
   def environment
     super.merge("GNUSTEP_CONFIG_FILE" => @config)
   end
 
-  def start_host
-    host_points(@plugin, @renders)
-  end
-
-  def host_status
-    Process.wait(@host_pid)
-    status = $?.exitstatus
-    @host_pid = nil
-    @printed.concat(@output.readlines)
-    status
-  end
-
   # The windows the window manager lists, as [id, title].
   def client_list
-    x("wmctrl", "-l").lines.map do |line|
+    output_of("wmctrl", "-l").lines.map do |line|
       id, _desktop, _host, title = line.chomp.split(" ", 4)
       [id.to_i(16), title.to_s]
     end
   end
 
   def panel_window
-    client_list.rassoc(TEXTS["opt-window-title"])&.first or flunk("no panel listed")
+    client_list.rassoc(TITLE)&.first or flunk("no panel listed")
   end
 
   # The managed windows from the bottom of the stack to its top.
   def stacking
-    x("xprop", "-root", "_NET_CLIENT_LIST_STACKING").scan(/0x\h+/).map { |id| id.to_i(16) }
-  end
-
-  def transient_for(window)
-    x("xprop", "-id", window, "WM_TRANSIENT_FOR")[/0x\h+/]&.to_i(16)
+    output_of("xprop", "-root", "_NET_CLIENT_LIST_STACKING").scan(/0x\h+/).map { |id| id.to_i(16) }
   end
 
   def focused_window
-    x("xdotool", "getwindowfocus").to_i
+    xdotool("getwindowfocus").to_i
   end
 
   # Left, top, width and height of a window's own area on the screen.
   def geometry(window)
-    info = x("xwininfo", "-id", window)
+    info = output_of("xwininfo", "-id", window)
     %w[Absolute\ upper-left\ X Absolute\ upper-left\ Y Width Height].map { |key| info[/#{key}:\s+(-?\d+)/, 1].to_i }
-  end
-
-  # A point of the panel well away from its middle, where the chooser is.
-  def panel_corner
-    x, y, _width, height = geometry(panel_window)
-    [x + 5, y + height - 5]
-  end
-
-  def wmctrl(*words)
-    x("wmctrl", *words)
-  end
-
-  def x(*command)
-    output = IO.popen(environment, ["timeout", LIMIT.to_s, *command.map(&:to_s)], err: File::NULL, &:read)
-    assert $?.success?, "#{command.join(' ')} failed"
-    output
   end
 end

@@ -5,11 +5,11 @@ require "tmpdir"
 # A person at an X server of the test's own: the reference host runs a plugin
 # there, the plugin prints where the panel's controls are and each event as
 # JSON lines, and xdotool moves the pointer, presses and types as a person
-# does. The including test sets @output (the host's output) and gives the
-# X server's environment with #environment.
+# does. The including test gives its plugin as PLUGIN.
 module XSession
   HOST = File.join(BUILD_DIR, "velmar-host")
   LIMIT = 30 # seconds for each wait; the host gives up after it too
+  TITLE = TEXTS["opt-window-title"]
 
   # The start of a plugin: it prints each event as a JSON line, and with
   # print_points where the controls are, once a person can start.
@@ -39,20 +39,25 @@ module XSession
     panel.observe(Printer.new)
   RUBY
 
-  # A folder of the test's own with the plugin in it, and an X server.
-  def start_session(name, plugin)
-    @folder = Dir.mktmpdir(name)
+  # Each test: a folder of its own with the class's PLUGIN in it, and an X server.
+  def setup
+    @folder = Dir.mktmpdir(self.class.name)
     @plugin = File.join(@folder, "plugin.rb")
-    File.write(@plugin, plugin)
+    File.write(@plugin, self.class::PLUGIN)
     # Short: the daemons' socket paths must fit in a socket address.
     @temp = Dir.mktmpdir("gs", "/tmp")
     @display = start_x_server
   end
 
-  # Ends the host, the other processes given, the session's toolkit daemons and
-  # the X server, and removes the folder.
-  def end_session(*pids)
-    stop_processes(@host_pid, *pids, *session_daemons, @xvfb_pid)
+  # Ends the host, the other programs the test started (@pids), the session's
+  # toolkit daemons and the X server, and removes the folder.
+  def teardown
+    daemons = Dir["/proc/[0-9]*/environ"].select do |file|
+      File.binread(file).split("\0").include?("TEMP=#{@temp}")
+    rescue SystemCallError
+      false
+    end.map { |file| File.basename(File.dirname(file)).to_i }
+    stop_processes(@host_pid, *@pids, *daemons, @xvfb_pid)
     FileUtils.rm_rf([@folder, @temp])
   end
 
@@ -63,38 +68,26 @@ module XSession
     { "DISPLAY" => @display, "TEMP" => @temp, "TMPDIR" => @temp }
   end
 
-  def session_daemons
-    Dir["/proc/[0-9]*/environ"].select do |file|
-      File.binread(file).split("\0").include?("TEMP=#{@temp}")
-    rescue SystemCallError
-      false
-    end.map { |file| File.basename(File.dirname(file)).to_i }
-  end
-
   # A display number of its own, far from the low numbers that servers left
   # to pick one (-displayfd) all try first, whose files they replace while
   # they try; a number another server holds makes this one end, and the next
   # try takes another.
   def start_x_server
     3.times do
-      display = try_x_server(":#{rand(1000..30_000)}")
-      return display if display
+      display = ":#{rand(1000..30_000)}"
+      reader, writer = IO.pipe
+      # -noreset: a server resets as its last client goes and refuses the next
+      # for a moment: a window manager still starting while a check comes and goes.
+      @xvfb_pid = spawn("Xvfb", display, "-displayfd", writer.fileno.to_s, "-screen", "0", "1280x1024x24",
+                        "-nolisten", "tcp", "-noreset", writer => writer, %i[out err] => File::NULL)
+      writer.close
+      # The server names its display once it takes connections.
+      started = IO.select([reader], nil, nil, LIMIT) && reader.gets
+      reader.close
+      return display if started
       stop_processes(@xvfb_pid)
     end
     flunk("Xvfb did not start")
-  end
-
-  # The display once the server takes connections, or nil if it ended.
-  def try_x_server(display)
-    reader, writer = IO.pipe
-    # -noreset: a server resets as its last client goes and refuses the next
-    # for a moment: a window manager still starting while a check comes and goes.
-    @xvfb_pid = spawn("Xvfb", display, "-displayfd", writer.fileno.to_s, "-screen", "0", "1280x1024x24",
-                      "-nolisten", "tcp", "-noreset", writer => writer, %i[out err] => File::NULL)
-    writer.close
-    IO.select([reader], nil, nil, LIMIT) && reader.gets && display
-  ensure
-    reader&.close
   end
 
   # Ends what the test started, the X server last.
@@ -107,19 +100,16 @@ module XSession
     end
   end
 
-  # Starts the host on the plugin and returns where the plugin says the
-  # controls are; the rest of the host's output is read with #next_line.
-  def host_points(plugin, *arguments)
-    program_points(HOST, "--timeout", LIMIT.to_s, plugin, *arguments)
-  end
-
-  # The same for any program that runs a plugin, a plain ruby for one.
-  def program_points(*command)
+  # Starts the host on the plugin (or another program that runs it, a plain
+  # ruby for one) and, once the panel's window is on the screen, returns where
+  # the plugin says the controls are; the rest of the output is read with #next_line.
+  def start_host(*arguments, program: [HOST, "--timeout", LIMIT.to_s, @plugin])
     @output, writer = IO.pipe
-    @host_pid = spawn(environment, *command, out: writer, err: writer)
+    @host_pid = spawn(environment, *program, *arguments, out: writer, err: writer)
     writer.close
     kind, points = next_line
     assert_equal "points", kind
+    xdotool("search", "--sync", "--onlyvisible", "--name", TITLE)
     points
   end
 
@@ -136,36 +126,38 @@ module XSession
   end
 
   def events_until_close
-    events = []
-    events << next_line until events.last && events.last.first == "close"
-    events
+    [next_line].tap { |events| events << next_line until events.last.first == "close" }
+  end
+
+  # What "output_changed" reports as the panel closes.
+  def output_at_close
+    events_until_close.assoc("output_changed").last
   end
 
   def click(point, hold: nil)
-    moves = ["mousemove", point[0].to_s, point[1].to_s]
-    if hold
-      xdotool(*moves, "mousedown", "1", "sleep", hold.to_s, "mouseup", "1")
-    else
-      xdotool(*moves, "click", "1")
-    end
+    press = hold ? ["mousedown", 1, "sleep", hold, "mouseup", 1] : ["click", 1]
+    xdotool("mousemove", *point, *press)
   end
 
   # Polls until the block gives a true value, which it returns.
-  def wait_for(what, &block)
-    poll(&block) or flunk("waited #{LIMIT} s for #{what}")
-  end
-
-  # The block's first true value within the time limit, or nil.
-  def poll
+  def wait_for(what)
     deadline = Time.now + LIMIT
-    loop do
-      result = yield
-      return result if result || Time.now > deadline
+    until (result = yield)
+      flunk("waited #{LIMIT} s for #{what}") if Time.now > deadline
       sleep 0.05
     end
+    result
   end
 
   def xdotool(*words)
-    assert system(environment, "timeout", LIMIT.to_s, "xdotool", *words, out: File::NULL), "xdotool #{words.join(' ')}"
+    output_of("xdotool", *words)
+  end
+
+  # What a command run on the session's X server prints; with check, a
+  # failure fails the test, else it gives nil.
+  def output_of(*command, check: true)
+    output = IO.popen(environment, ["timeout", LIMIT.to_s, *command.map(&:to_s)], err: File::NULL, &:read)
+    return output if $?.success?
+    flunk("#{command.join(' ')} failed") if check
   end
 end
