@@ -10,87 +10,50 @@ end
 class SignaturesTest < Minitest::Test
   include PanelTest
 
-  SIG_PATH = File.expand_path("../sig/velmar.rbs", __dir__)
-
-  def setup
-    skip RBS_LOAD_ERROR if defined?(RBS_LOAD_ERROR)
-  end
-
+  # Parsed once, outside the tests, which may run with GC.stress on. rbs 3
+  # returns the buffer and directives before the declarations, hence flatten.
   unless defined?(RBS_LOAD_ERROR)
-    # rbs 3 returns the buffer and directives before the declarations, names a
-    # type alias declaration TypeAlias instead of Alias, and keeps a method's
-    # types in its overloads.
-    RBS3 = RBS::VERSION.to_i >= 3
-    TYPE_ALIAS = RBS3 ? RBS::AST::Declarations::TypeAlias : RBS::AST::Declarations::Alias
-
-    # Parsed once, outside the tests, which may run with GC.stress on.
-    PARSED = RBS::Parser.parse_signature(File.read(SIG_PATH))
-    DECLARATIONS = RBS3 ? PARSED.last : PARSED
-    VELMAR = DECLARATIONS.find { |d| d.is_a?(RBS::AST::Declarations::Module) && d.name.name == :Velmar }
-    CLASS_SIG = VELMAR.members.find { |d| d.is_a?(RBS::AST::Declarations::Class) }
-    OBSERVER_SIG = VELMAR.members.find { |d| d.is_a?(RBS::AST::Declarations::Interface) }
-    ALIASES = VELMAR.members.grep(TYPE_ALIAS).to_h { |a| [a.name.name, a.type] }
+    PARSED = RBS::Parser.parse_signature(File.read(File.expand_path("../sig/velmar.rbs", __dir__)))
+    VELMAR = PARSED.flatten.grep(RBS::AST::Declarations::Module).first
   end
 
-  def self.method_types(method)
-    RBS3 ? method.overloads.map(&:method_type) : method.types
-  end
-
-  # Name => number of arguments, for each method of a class or interface declaration.
-  def self.arities(declaration)
-    declaration.members.grep(RBS::AST::Members::MethodDefinition).to_h do |method|
-      assert_simple(method)
-      [method.name, method_types(method).first.type.required_positionals.size]
+  # Name => parameters of each method of the class or interface, whose arity is
+  # then their count. rbs 3 keeps a method's types in its overloads.
+  def parameters(kind)
+    VELMAR.members.grep(kind).first.members.grep(RBS::AST::Members::MethodDefinition).to_h do |method|
+      types = method.respond_to?(:overloads) ? method.overloads.map(&:method_type) : method.types
+      params = types.first.type.required_positionals
+      # [overloads, parameters]: one, of required positional parameters only.
+      assert_equal [1, params.size], [types.size, types.first.type.each_param.count], method.name.to_s
+      [method.name, params]
     end
   end
 
-  # Plain positional parameters only: arity is then their count.
-  def self.assert_simple(method)
-    raise "#{method.name}: one overload only" unless method_types(method).size == 1
-    function = method_types(method).first.type
-    extra = function.optional_positionals + function.trailing_positionals +
-            function.required_keywords.values + function.optional_keywords.values
-    raise "#{method.name}: only required positional parameters" unless extra.empty? && !function.rest_positionals
-  end
-
-  def payload_types
-    OBSERVER_SIG.members.to_h { |m| [m.name, self.class.method_types(m).first.type.required_positionals.first.type] }
-  end
-
-  def test_the_class_signature_has_every_method_and_arity
-    assert_equal SCRIPT_METHODS.sort, self.class.arities(CLASS_SIG).sort
-  end
-
-  def test_the_observer_interface_names_exactly_the_events_that_are_sent
-    payloads = sent_payloads
-    assert_equal payloads.keys.map(&:to_sym).sort, self.class.arities(OBSERVER_SIG).keys.sort
-    assert(self.class.arities(OBSERVER_SIG).values.all? { |arity| arity == 1 }, "one argument: the payload")
-  end
-
-  def test_every_payload_sent_matches_its_tuple_type
-    types = payload_types
-    sent_payloads.each do |event, list|
-      list.each { |payload| assert conforms?(payload, types.fetch(event.to_sym)), "#{event}: #{payload.inspect}" }
-    end
-  end
-
-  # What the observers heard, by event, over presses of OK that between them
-  # reach every word of every group, and calls of hide_render_all=.
-  def sent_payloads
+  # The class's methods and arities; then what the observers hear over presses
+  # of OK that between them reach every word of every group, and calls of
+  # hide_render_all=: the interface names exactly these events, each with one
+  # argument, whose type every payload fits.
+  def test_the_signatures_match_the_class_and_the_events_and_payloads_it_sends
+    skip RBS_LOAD_ERROR if defined?(RBS_LOAD_ERROR)
+    assert_equal SCRIPT_METHODS.sort, parameters(RBS::AST::Declarations::Class).transform_values(&:size).sort
     p = reset_panel
-    events = press_ok.to_a
-    [%w[fixed pnga model sky], %w[panorama hdr custom sky2], %w[viewport jpg model default]].each do |mode, format, save, bg|
+    events = [%w[viewport png model default], %w[fixed pnga model sky], %w[panorama hdr custom sky2],
+              %w[viewport jpg model default]].flat_map do |mode, format, save, bg|
       p.show
       p.set_output_dimensions(mode, 1000, 500, 800, 600)
       p.output_format = format
       p.set_output_directory(save, "/renders")
       p.set_environment_background(bg)
       %i[clay caching information_bar].each { |o| p.public_send("set_environment_#{o}", mode == "fixed") }
-      events += press_ok.to_a
+      press_ok.to_a
     end
-    LOG.clear
-    [nil, :x, Object.new].each { |v| p.public_send(:hide_render_all=, v) }
-    (events + LOG.events).group_by(&:first).transform_values { |pairs| pairs.map(&:last) }
+    [nil, :x, Object.new].each { |v| p.hide_render_all = v }
+    # LOG still holds the last OK's events: they count twice, which changes nothing.
+    sent = events + LOG.events
+    observer = parameters(RBS::AST::Declarations::Interface)
+    # Each event sent, with one argument: the payload.
+    assert_equal sent.map { |event, _| [event.to_sym, 1] }.uniq.sort, observer.transform_values(&:size).sort
+    sent.each { |event, x| assert conforms?(x, observer[event.to_sym][0].type), "#{event}: #{x.inspect}" }
   end
 
   def conforms?(value, type)
@@ -99,7 +62,7 @@ class SignaturesTest < Minitest::Test
       value.is_a?(Array) && value.size == type.types.size && value.zip(type.types).all? { |v, t| conforms?(v, t) }
     when RBS::Types::Union then type.types.any? { |t| conforms?(value, t) }
     when RBS::Types::Literal then value == type.literal
-    when RBS::Types::Alias then conforms?(value, ALIASES.fetch(type.name.name))
+    when RBS::Types::Alias then conforms?(value, VELMAR.members.find { |d| d.name == type.name }.type)
     when RBS::Types::ClassInstance then Object.const_get(type.name.to_s).===(value)
     when RBS::Types::Bases::Any then true
     else flunk "no check for #{type.class} (#{type})"
