@@ -8,27 +8,20 @@ require_relative "test_helper"
 class ImageLookupTest < Minitest::Test
   include PanelTest
 
-  def loaded_coders_after(code)
-    out, err, status = run_ruby(<<~RUBY)
-      OptionsPanelDriver.start_application
-      panel = Velmar::OptionsPanelWindow.new(OptionsPanelTexts::EN)
-      #{code}
-      OptionsPanelDriver.process_events until OptionsPanelDriver.drawn?
-      OptionsPanelDriver.choose_tab(1)
-      OptionsPanelDriver.process_events
-      OptionsPanelDriver.choose_tab(0)
-      OptionsPanelDriver.process_events
-      puts File.read("/proc/self/maps").lines.count { |l| l =~ %r{/ImageMagick[^/]*/.*/coders/} }
-    RUBY
-    assert status.success?, err
-    out.lines.map(&:chomp)
-  end
-
-  def test_a_panel_built_by_a_setter_and_both_tabs_draw_without_the_host_image_types
-    assert_equal %w[0], loaded_coders_after("panel.set_environment_clay(true)")
-  end
-
-  def test_a_panel_built_by_show_and_both_tabs_draw_without_the_host_image_types
-    assert_equal %w[0], loaded_coders_after("panel.show")
+  def test_both_tabs_draw_without_the_host_image_types_whether_show_or_a_setter_builds_the_panel
+    ["panel.show", "panel.set_environment_clay(true)"].each do |build|
+      out, err, status = run_ruby(<<~RUBY)
+        OptionsPanelDriver.start_application
+        panel = Velmar::OptionsPanelWindow.new(OptionsPanelTexts::EN)
+        #{build}
+        OptionsPanelDriver.process_events until OptionsPanelDriver.drawn?
+        OptionsPanelDriver.choose_tab(1)
+        OptionsPanelDriver.process_events
+        OptionsPanelDriver.choose_tab(0)
+        OptionsPanelDriver.process_events
+        puts File.read("/proc/self/maps").lines.count { |l| l =~ %r{/ImageMagick[^/]*/.*/coders/} }
+      RUBY
+      assert_equal [true, "0\n"], [status.success?, out], "#{build}: status and coder modules loaded; #{err}"
+    end
   end
 end

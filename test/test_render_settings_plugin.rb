@@ -7,41 +7,34 @@ require_relative "../examples/render_settings_plugin"
 class RenderSettingsPluginTest < Minitest::Test
   include PanelTest
 
-  Plugin = RenderSettingsPlugin
-  BOXES = %i[spherical_point_lights caustics clay caching information_bar translucent_color
-             automatic_materials].freeze
-
   def setup
-    reset_panel
     @printed = StringIO.new
-    @plugin = Plugin::SettingsDialog.new(panel, Plugin::Settings.stored, out: @printed)
+    @plugin = RenderSettingsPlugin::SettingsDialog.new(reset_panel, RenderSettingsPlugin::Settings.stored,
+                                                       out: @printed)
   end
 
   # The panel as the user sees it, group by group.
   def shown
-    { preset: control(:preset)[:text], size: cell_states(:size_mode),
-      fields: [text_of(:width), text_of(:height)],
+    { preset: control(:preset)[:text], size: cell_states(:size_mode), fields: [text_of(:width), text_of(:height)],
       format: cell_states(:format), transparent: control(:transparent_background)[:state],
       save: cell_states(:save_location), folder: text_of(:folder), background: cell_states(:background),
       sliders: [control(:intensity)[:value], control(:exposure)[:value]],
-      boxes: BOXES.map { |box| control(box)[:state] } }
+      boxes: %i[spherical_point_lights caustics clay caching information_bar translucent_color
+                automatic_materials].map { |box| control(box)[:state] } }
   end
 
-  STORED = { preset: "Outdoor", size: [0, 1, 0], fields: %w[1920 1080], format: [0, 1, 0], transparent: 0,
-             save: [0, 1], folder: "/home/artist/Renders", background: [0, 1, 0], sliders: [70, 40],
-             boxes: [0, 0, 1, 0, 1, 0, 0] }.freeze
-
-  def test_showing_fills_every_group_from_the_settings
+  def test_showing_fills_every_group_and_ok_writes_the_choices_back_for_the_next_showing
     @plugin.show
-    assert_equal STORED, shown
     assert Driver.window_state[:visible]
-  end
-
-  def test_ok_writes_the_choices_back_and_the_next_showing_starts_from_them
-    @plugin.show
-    change_every_group
-    Driver.click(:ok)
-    assert_equal OK_EVENTS, @printed.string.lines.map { |line| line[/\A\w+/] }
+    assert_equal({ preset: "Outdoor", size: [0, 1, 0], fields: %w[1920 1080], format: [0, 1, 0], transparent: 0,
+                   save: [0, 1], folder: "/home/artist/Renders", background: [0, 1, 0], sliders: [70, 40],
+                   boxes: [0, 0, 1, 0, 1, 0, 0] }, shown)
+    # The user changes every group, then presses OK: Night; Panorama, where the height becomes
+    # half the width; PNG with transparency, "pnga"; Model; sky2; clay off, caustics on; Reset
+    # puts both sliders at 50.
+    [[:pick, :preset, 2], [:click_cell, :size_mode, 2], [:click_cell, :format, 0], [:click, :transparent_background],
+     [:click_cell, :save_location, 0], [:choose_tab, 1], [:click_cell, :background, 2], [:click, :clay],
+     [:click, :caustics], [:click_titled, 1, "Reset"], [:click, :ok]].each { |step| Driver.public_send(*step) }
     refute @plugin.open?
     assert_equal "preset Night; panorama 1920 x 960; pnga to model \"/home/artist/Renders\"; " \
                  "sky2 background, brightness 50, contrast 50; on: caustics, information_bar",
@@ -55,26 +48,13 @@ class RenderSettingsPluginTest < Minitest::Test
                    boxes: [0, 1, 0, 0, 1, 0, 0] }, shown)
   end
 
-  def change_every_group
-    Driver.pick(:preset, 2)          # Night
-    Driver.click_cell(:size_mode, 2) # Panorama: the height becomes half the width
-    Driver.click_cell(:format, 0)
-    Driver.click(:transparent_background)           # PNG with transparency: "pnga"
-    Driver.click_cell(:save_location, 0)       # Model
-    Driver.choose_tab(1)
-    Driver.click_cell(:background, 2)           # sky2
-    Driver.click(:clay)            # off
-    Driver.click(:caustics)        # on
-    Driver.click_titled(1, "Reset")         # both sliders 50
-  end
-
   def test_a_size_that_is_no_number_keeps_the_settings_size
     @plugin.settings.width, @plugin.settings.height = 800, 600 # no size item: the fields are free
     @plugin.show
-    Driver.clear(:width)
-    Driver.type(:width, "wide")
-    Driver.clear(:height)
-    Driver.type(:height, "450")
+    { width: "wide", height: "450" }.each do |field, text|
+      Driver.clear(field)
+      Driver.type(field, text)
+    end
     Driver.click(:ok)
     assert_equal ["fixed", 800, 450], @plugin.settings.to_h.values_at(:size_mode, :width, :height)
   end
@@ -85,6 +65,6 @@ class RenderSettingsPluginTest < Minitest::Test
     Driver.click(:caustics)
     Driver.click(:close)
     assert_equal ["close"], @printed.string.lines.map { |line| line[/\A\w+/] }
-    assert_equal Plugin::Settings.stored, @plugin.settings
+    assert_equal RenderSettingsPlugin::Settings.stored, @plugin.settings
   end
 end
