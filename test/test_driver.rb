@@ -5,21 +5,12 @@ require_relative "test_helper"
 class DriverTest < Minitest::Test
   include PanelTest
 
-  # Raises the exception armed for an event, once.
-  FAILURES = {}
-  Velmar::OptionsPanelWindow.new(TEXTS).observe(Hook.new { |event, _| raise FAILURES.delete(event) if FAILURES[event] })
-
   def setup
     reset_panel
   end
 
-  def teardown
-    FAILURES.clear
-    Driver.raise_observer_errors = false
-  end
-
-  def refusal
-    assert_raises(RuntimeError) { yield }.message
+  def refusal(step, *args)
+    assert_raises(RuntimeError) { Driver.public_send(step, *args) }.message
   end
 
   def user_state
@@ -33,20 +24,16 @@ class DriverTest < Minitest::Test
     Driver.choose_tab(1)
     LOG.clear
     before = user_state
-    steps = { width: [-> { Driver.type(:width, "5") }, -> { Driver.replace(:width, "5") },
-                      -> { Driver.clear(:width) }, -> { Driver.press_return(:width) }],
-              transparent_background: [-> { Driver.click(:transparent_background) },
-                                       -> { Driver.press(:transparent_background) },
-                                       -> { Driver.click_later(:transparent_background, 0) }],
-              size_mode: [-> { Driver.click_cell(:size_mode, 0) }], size: [-> { Driver.pick(:size, 1) }] }
-    steps.each do |name, calls|
-      calls.each { |step| assert_equal "#{name} is on the tab \"tab1\", which is not showing", refusal(&step) }
+    [[:type, :width, "5"], [:replace, :width, "5"], [:clear, :width], [:press_return, :width],
+     [:click, :transparent_background], [:press, :transparent_background],
+     [:click_later, :transparent_background, 0], [:click_cell, :size_mode, 0],
+     [:pick, :size, 1]].each do |step|
+      assert_equal "#{step[1]} is on the tab \"tab1\", which is not showing", refusal(*step)
     end
     Driver.choose_tab(0)
-    assert_equal 'intensity is on the tab "tab2", which is not showing',
-                 refusal { Driver.slide(:intensity, 10) }
+    assert_equal 'intensity is on the tab "tab2", which is not showing', refusal(:slide, :intensity, 10)
     assert_equal 'the button "Reset" is on the tab "tab2", which is not showing',
-                 refusal { Driver.click_titled(1, TEXTS.fetch("opt-tab2-reset-btn")) }
+                 refusal(:click_titled, 1, TEXTS.fetch("opt-tab2-reset-btn"))
     Driver.choose_tab(1)
     Driver.process_events
     assert_equal before, user_state, "nothing changed"
@@ -56,21 +43,17 @@ class DriverTest < Minitest::Test
 
   def test_every_other_refusal_names_the_control_and_says_why
     before = user_state
-    {
-      "width is disabled" => -> { Driver.type(:width, "5") }, # Viewport
-      "no control named fooBar" => -> { Driver.click(:fooBar) },
-      "no control named fooBar " => -> { Driver.control("fooBar ") },
-      "size_mode has no cell 7" => -> { Driver.click_cell(:size_mode, 7) },
-      "size_mode has no cell -1" => -> { Driver.click_cell(:size_mode, -1) },
-      "preset has no item 3" => -> { Driver.pick(:preset, 3) },
-      "tabs has no tab 2" => -> { Driver.choose_tab(2) },
-      "ok is not a text field" => -> { Driver.type(:ok, "5") },
-      "width is not a button" => -> { Driver.click(:width) },
-      "transparent_background is not a radio group" => -> { Driver.click_cell(:transparent_background, 0) },
-      "size_mode is not a list" => -> { Driver.pick(:size_mode, 0) },
-      "ok is not a slider" => -> { Driver.slide(:ok, 5) },
-      'no button titled "Nope" on tab 0' => -> { Driver.click_titled(0, "Nope") }
-    }.each { |message, step| assert_equal message, refusal(&step) }
+    { "width is disabled" => [:type, :width, "5"], # Viewport
+      "no control named fooBar" => [:click, :fooBar], "no control named fooBar " => [:control, "fooBar "],
+      "size_mode has no cell 7" => [:click_cell, :size_mode, 7],
+      "size_mode has no cell -1" => [:click_cell, :size_mode, -1],
+      "preset has no item 3" => [:pick, :preset, 3], "tabs has no tab 2" => [:choose_tab, 2],
+      "ok is not a text field" => [:type, :ok, "5"], "width is not a button" => [:click, :width],
+      "transparent_background is not a radio group" => [:click_cell, :transparent_background, 0],
+      "size_mode is not a list" => [:pick, :size_mode, 0], "ok is not a slider" => [:slide, :ok, 5],
+      'no button titled "Nope" on tab 0' => [:click_titled, 0, "Nope"] }.each do |message, step|
+      assert_equal message, refusal(*step)
+    end
     assert_equal before, user_state, "nothing changed"
     assert_empty LOG.events
   end
@@ -87,25 +70,23 @@ class DriverTest < Minitest::Test
     Driver.slide(:intensity, 80)
     Driver.slide(:exposure, 250) # dragged past the end
     events = press_ok
-    assert_equal [%w[fixed 6400 720], [80, 100]], [events["output_changed"].first(3), events["environment_changed"][4, 2]]
+    assert_equal [%w[fixed 6400 720], [80, 100]],
+                 [events["output_changed"].first(3), events["environment_changed"][4, 2]]
   end
 
-  def test_observer_exceptions_are_printed_unless_the_test_asks_for_them
-    FAILURES["options_changed"] = KeyError.new("printed")
-    _, err = capture_io { Driver.click(:ok) }
-    assert_match(/printed \(KeyError\)/, err)
-    assert_equal OK_EVENTS, LOG.names
-
-    reset_panel
+  # Without raise_observer_errors they are printed: test_observers.rb shows that.
+  def test_observer_exceptions_are_raised_when_the_test_asks_for_them
+    failures = { "options_changed" => KeyError.new("raised"), "close" => IndexError.new("second") }
+    hook { |event, _| raise failures[event] if failures[event] }
     Driver.raise_observer_errors = true
     assert Driver.raise_observer_errors?
-    FAILURES.update("options_changed" => KeyError.new("raised"),
-                         "close" => IndexError.new("second"))
     error = nil
     _, err = capture_io { error = assert_raises(KeyError) { Driver.click(:ok) } }
     assert_equal "raised", error.message
     assert_match(/second \(IndexError\)/, err, "later ones are printed")
     assert_equal OK_EVENTS, LOG.names, "the other observers heard every event"
     refute Driver.window_state[:visible], "OK still closed the panel"
+  ensure
+    Driver.raise_observer_errors = false
   end
 end
