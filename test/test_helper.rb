@@ -102,8 +102,7 @@ module PanelTest
   # An observer of this test's own, quiet once the test ends.
   def hook(&block)
     (@hooks ||= []) << Hook.new(&block)
-    panel.observe(@hooks.last)
-    @hooks.last
+    @hooks.last.tap { |h| panel.observe(h) }
   end
 
   def after_teardown
@@ -181,13 +180,8 @@ module PanelTest
   # Runs Ruby code in a fresh process with the extension on its load path, for
   # what only a panel that is not built yet can show.
   def run_ruby(code, timeout: 60)
-    script = <<~RUBY
-      $stdout.sync = true
-      require "OptionsPanel"
-      require "OptionsPanelDriver"
-      require #{File.expand_path("../examples/texts/en", __dir__).inspect}
-      #{code}
-    RUBY
-    Open3.capture3("timeout", timeout.to_s, RbConfig.ruby, "-I", BUILD_DIR, "-e", script)
+    requires = %W[OptionsPanel OptionsPanelDriver #{File.expand_path('../examples/texts/en', __dir__)}]
+    Open3.capture3("timeout", timeout.to_s, RbConfig.ruby, "-I", BUILD_DIR, *requires.map { |r| "-r#{r}" },
+                   "-e", "$stdout.sync = true\n#{code}")
   end
 end

@@ -34,7 +34,6 @@ class ObserversTest < Minitest::Test
     heard = calls("options_changed_show_render_all")
     assert_equal %i[a b a] * 3, heard.map(&:first)
     assert_equal [[false]] * 3 + [[nil]] * 3 + [[object]] * 3, heard.map(&:last)
-    assert_same object, heard.last.last.first
   end
 
   def test_ok_events_reach_only_public_methods_named_after_them_in_one_shared_array
@@ -44,40 +43,28 @@ class ObserversTest < Minitest::Test
     observe(:a) { |e, pl| pl << :added_by_a if e == "preset_changed" }
     observe(:b)
     press_ok
-    assert_equal OK_EVENTS, calls_of(:a)
     assert_equal [[1.0]], only_close.got
     assert_nil private_close.got
-    a, b = calls("preset_changed")
-    assert_same a[2], b[2]
-    assert_equal ["Default", :added_by_a], b[2]
-    refute Driver.window_state[:visible]
+    assert_equal [["Default", :added_by_a]], calls("preset_changed").map(&:last).uniq(&:object_id),
+                 "a and b got one array, with what a added"
   ensure
     [only_close, private_close].each { |o| o.define_singleton_method(:respond_to?) { |*| false } }
   end
 
-  def test_an_observer_added_during_a_dispatch_hears_only_later_events
-    late = nil
-    observe(:a) { |e, _| late ||= observe(:late) if e == "preset_changed" }
-    press_ok
-    assert_equal OK_EVENTS.drop(1), calls_of(:late)
-  end
-
-  def test_an_event_sent_inside_a_dispatch_is_delivered_completely_first
-    observe(:a) { |e, _| panel.send(:hide_render_all=, true) if e == "output_changed" }
+  # While OK's preset_changed is on its way, :a adds an observer and closes the
+  # panel: that close reaches every observer before :b hears preset_changed,
+  # the new one hears only later events, and OK's go on without a second close.
+  def test_an_event_sent_inside_a_dispatch_comes_first_and_a_new_observer_hears_later_ones
+    observe(:a) do |e, _|
+      next unless e == "preset_changed"
+      observe(:late)
+      panel.close
+    end
     observe(:b)
     Driver.click(:ok)
-    order = @journal.map { |t, e, _| [t, e] }
-    i = order.index([:a, "output_changed"])
-    assert_equal [[:a, "options_changed_show_render_all"], [:b, "options_changed_show_render_all"],
-                  [:b, "output_changed"]], order[i + 1, 3]
-  end
-
-  def test_an_observer_closing_the_panel_during_ok_gets_exactly_one_close
-    observe(:a) { |e, _| panel.close if e == "preset_changed" }
-    Driver.click(:ok)
-    events = calls_of(:a)
-    assert_equal 1, events.count("close")
-    assert_equal %w[output_changed environment_changed options_changed], events.last(3)
+    later = %w[output_changed environment_changed options_changed].product(%i[a b late]).map(&:reverse)
+    assert_equal [[:a, "preset_changed"], [:a, "close"], [:b, "close"], [:late, "close"],
+                  [:b, "preset_changed"]] + later, @journal.map { |t, e, _| [t, e] }
     refute Driver.window_state[:visible]
   end
 
@@ -88,10 +75,8 @@ class ObserversTest < Minitest::Test
     observe(:good)
     _, err = capture_io { press_ok }
     assert_equal OK_EVENTS, calls_of(:good)
-    refute Driver.window_state[:visible]
     OK_EVENTS.each { |e| assert_match(/broken #{e} \(ArgumentError\)/, err) }
     assert_match(/wrong number of arguments \(given 1, expected 0\) \(ArgumentError\)/, err)
-    assert_match(/test_observers\.rb:\d+/, err, "the report carries the backtrace")
   ensure
     wrong_arity&.define_singleton_method(:respond_to?) { |*| false }
   end
