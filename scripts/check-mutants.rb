@@ -27,7 +27,7 @@ module Mutants
   # The construction of the tabs is all geometry: its numbers are the layout's.
   LAYOUT_FILES = %w[panel/image_tab.mm panel/environment_tab.mm platform/tab_view.mm].freeze
   # Calls whose numbers are geometry wherever they are written.
-  GEOMETRY_CALLS = %w[NSMakeRect NSMakeSize NSMakePoint].freeze
+  GEOMETRY_CALLS = %w[NSMakeRect NSMakeSize NSMakePoint NSInsetRect NSOffsetRect].freeze
   GEOMETRY_SELECTOR = /FontOfSize\z/.freeze
   QUICK_COUNT = 6
   FULL_COUNT = 100

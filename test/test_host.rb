@@ -5,36 +5,28 @@ require "tmpdir"
 # the event loop while the panel is open, and ends.
 class HostTest < Minitest::Test
   HOST = File.join(BUILD_DIR, "velmar-host")
-  ROOT = File.expand_path("..", __dir__)
-
-  SHOWN_PANEL = <<~RUBY.freeze
-    require "OptionsPanel"
-    require #{File.join(ROOT, 'examples/texts/en.rb').inspect}
-    panel = Velmar::OptionsPanelWindow.new(OptionsPanelTexts::EN)
-    panel.observe(Class.new { def close(payload); puts("close \#{payload}"); end }.new)
-    panel.show
-  RUBY
 
   def test_what_the_plugin_is_given_and_how_the_run_ends
+    # A panel on screen whose observer prints "close heard", and whose at_exit handler "at_exit ran".
+    shown = PanelTest.observed_panel("")
     # An observer's jump during the user's click, which the host's loop delivers.
     click = ->(code) { "#{PanelTest.observed_panel(code)}\nOptionsPanelDriver.click_later(:ok, 0.2)\nputs 'waiting'" }
     interrupt_later = "Thread.new { sleep 0.3; Process.kill(:INT, Process.pid) }"
     # The plugin's code, the host's time limit, and the run's exit status, stderr (nil: empty) and stdout.
     {
       # The plugin gets its arguments, and the build folder on its load path.
-      "arguments" => ["require 'OptionsPanel'\np ARGV, $PROGRAM_NAME == __FILE__, " \
-                      "$LOAD_PATH.include?(#{BUILD_DIR.inspect}), Velmar::OptionsPanelWindow", 20, 0, nil,
-                      ['["--lang", "de", "--", "x"]', "true", "true", "Velmar::OptionsPanelWindow"]],
-      "exit with the panel open" => ["#{SHOWN_PANEL}exit 7", 20, 7, nil, []],
+      "arguments" => ["p [ARGV, $PROGRAM_NAME == __FILE__, $LOAD_PATH.include?(#{BUILD_DIR.inspect})]", 20, 0, nil,
+                      ['[["--lang", "de", "--", "x"], true, true]']],
+      "exit with the panel open" => ["#{shown}exit 7", 20, 7, nil, ["at_exit ran"]],
       "an error" => ["def fill; raise(ArgumentError, 'no settings'); end\nfill", 20, 1,
                      /plugin\.rb:2:in `fill': no settings \(ArgumentError\)\n.*from .*plugin\.rb:3:in `<top/m, []],
       # A Ruby thread only runs, and a trap only fires, when the host lets Ruby
       # have a turn while it waits for events.
-      "the panel closing" => ["#{SHOWN_PANEL}trap(:USR1) { panel.close }\n" \
+      "the panel closing" => ["#{shown}trap(:USR1) { panel.close }\n" \
                               "Thread.new { sleep 0.3; Process.kill(:USR1, Process.pid) }\nputs 'shown'",
-                              20, 0, nil, ["shown", "close [1.0]"]],
-      "the time limit" => [SHOWN_PANEL, 0.5, 3, /the panel is still open after 0\.5 seconds/, []],
-      "Ctrl-C with the panel open" => [SHOWN_PANEL + interrupt_later, 20, 130, /stopped by signal 2/, []],
+                              20, 0, nil, ["shown", "close heard", "at_exit ran"]],
+      "the time limit" => [shown, 0.5, 3, /the panel is still open after 0\.5 seconds/, ["at_exit ran"]],
+      "Ctrl-C with the panel open" => [shown + interrupt_later, 20, 130, /stopped by signal 2/, ["at_exit ran"]],
       "an observer's exit" => [click.("exit 4"), 20, 4, nil, ["waiting", "at_exit ran"]],
       "Ctrl-C in an observer" => [click.("Process.kill(:INT, Process.pid)\nsleep 5"), 20, 130, /stopped by signal 2/,
                                   ["waiting", "at_exit ran"]],
@@ -43,9 +35,8 @@ class HostTest < Minitest::Test
                                 ["waiting", "close heard", "at_exit ran"]]
     }.each do |run, (code, seconds, exit_status, printed, lines)|
       out, err, status = Dir.mktmpdir do |dir|
-        script = File.join(dir, "plugin.rb")
-        File.write(script, "$stdout.sync = true\n#{code}")
-        Open3.capture3("timeout", "60", HOST, "--timeout", seconds.to_s, script, "--", "--lang", "de", "--", "x",
+        File.write(File.join(dir, "plugin.rb"), "$stdout.sync = true\n#{code}")
+        Open3.capture3("timeout", "60", HOST, "--timeout", seconds.to_s, "plugin.rb", "--", "--lang", "de", "--", "x",
                        chdir: dir)
       end
       assert_equal [exit_status, lines], [status.exitstatus, out.lines.map(&:chomp)], "#{run}: #{err}"
@@ -65,10 +56,9 @@ class HostTest < Minitest::Test
   def test_the_example_plugin_reports_the_ok_events_and_keeps_the_choices
     Dir.mktmpdir do |shots|
       out, err, status = Open3.capture3("timeout", "120", HOST, "examples/render_settings_plugin.rb", "--",
-                                        "--lang", "de", "--shots", shots, chdir: ROOT)
-      assert status.success?, err
-      assert_equal %w[screenshot screenshot preset_changed output_changed environment_changed options_changed close],
-                   out.lines.map { |line| line[/\A(\w+): /, 1] }.compact
+                                        "--lang", "de", "--shots", shots, chdir: File.expand_path("..", __dir__))
+      assert_equal [0, %w[screenshot screenshot] + PanelTest::OK_EVENTS],
+                   [status.exitstatus, out.scan(/^(\w+): /).flatten], err
       assert_includes out, 'settings now: preset Outdoor; fixed 1920 x 1080; jpg to custom "/home/artist/Renders"; ' \
                            "sky background, brightness 70, contrast 40; on: clay, information_bar\n"
       assert_equal %w[environment-tab.png image-tab.png], Dir.children(shots).sort

@@ -10,35 +10,22 @@ class KeyboardTest < Minitest::Test
   # control has the focus and the Clay box's state, first and on each change.
   PLUGIN = (PLUGIN_PRELUDE + <<~RUBY).freeze
     panel.set_output_dimensions("fixed", 1280, 720, 640, 480)
-    panel.set_output_directory("custom", "/renders")
-    panel.show
-    driver.choose_tab(1)
-    points = { "clay" => driver.screen_point(:clay, nil),
-               "clay_frame" => driver.control(:clay)[:drawn_in_window] }
-    driver.choose_tab(0)
-    points.update("size_list" => driver.screen_point(:size, nil),
-                  "size_frame" => driver.control(:size)[:drawn_in_window],
-                  "ok" => driver.screen_point(:ok, nil),
-                  "folder_button" => driver.screen_point(:choose_folder, nil))
-    print_points(driver, points)
-    seen = {}
+    print_points(driver)
+    seen = []
     deadline = Time.now + #{LIMIT}
     while driver.window_state[:visible] && Time.now < deadline
       driver.process_events
-      { "focus" => driver.focused, "clay" => driver.control(:clay)[:state] }.each do |kind, now|
-        puts JSON.dump([kind, now]) unless seen[kind] == now
-        seen[kind] = now
-      end
+      now = [["focus", driver.focused], ["clay", driver.control(:clay)[:state]]]
+      (now - seen).each { |line| puts JSON.dump(line) }
+      seen = now
       sleep 0.01
     end
   RUBY
 
-  IMAGE_TAB_ROUND = %w[size width height format transparent_background
-                       save_location folder choose_folder ok close preset
-                       size_mode].freeze
-  ENVIRONMENT_TAB_ROUND = %w[intensity exposure Reset spherical_point_lights caustics
-                             clay information_bar translucent_color automatic_materials ok close
-                             preset background].freeze
+  IMAGE_TAB_ROUND = %w[size width height format transparent_background save_location folder choose_folder
+                       ok close preset size_mode].freeze
+  ENVIRONMENT_TAB_ROUND = %w[intensity exposure Reset spherical_point_lights caustics clay information_bar
+                             translucent_color automatic_materials ok close preset background].freeze
 
   def setup
     super
@@ -55,8 +42,7 @@ class KeyboardTest < Minitest::Test
     assert_equal "clay", Array.new(6) { focus_after("Tab") }.last
 
     # The Clay box's pixels as the X server holds them, on whole pixels: what a person sees.
-    x, y = @points["clay"]
-    width, height = @points["clay_frame"][2, 2]
+    x, y, width, height = @points["clay"]
     crop = "#{width.ceil}x#{height.ceil}+#{(x - width / 2).floor}+#{(y - height / 2).floor}"
     box = -> { output_of("import", "-window", "root", "-crop", crop, "-depth", "8", "rgb:-") }
     unticked = box.call
@@ -66,25 +52,20 @@ class KeyboardTest < Minitest::Test
     xdotool("key", "space")
     assert_equal ["clay", 0], next_line
     wait_for("the box to look as before it was ticked") { box.call == unticked }
-    xdotool("key", "space")
-    assert_equal ["clay", 1], next_line
 
     assert_equal "size_mode", focus_after("ctrl+shift+Tab")
     # An arrow chooses in a radio group: Panorama, whose lock halves the width.
     xdotool("key", "Down")
     assert_equal %w[preset close ok], Array.new(3) { focus_after("shift+Tab") }
     xdotool("key", "space")
-    events = events_until_close
-    assert_equal %w[preset_changed output_changed environment_changed options_changed close], events.map(&:first)
-    assert_equal ["default", 1, 0, 0, 50, 50], events.assoc("environment_changed").last
-    assert_equal %w[panorama 1280 640], events.assoc("output_changed").last.first(3)
+    assert_equal %w[panorama 1280 640], output_at_close, "Space presses OK"
   end
 
   # On a bare X server no window manager hands the focus on: the panel must take
   # the keys back itself when the folder chooser closes.
   def test_the_panel_has_the_keys_after_the_chooser_and_escape_in_a_field_closes_as_close
     focused = -> { output_of("xdotool", "getwindowfocus", "getwindowname", check: false).to_s.chomp }
-    click(@points["folder_button"])
+    click(@points["choose_folder"])
     wait_for("the chooser to take the keys") { !["", TITLE].include?(focused.call) }
     xdotool("key", "Escape") # the chooser's Cancel
     wait_for("the panel to take the keys back") { focused.call == TITLE }
@@ -99,22 +80,21 @@ class KeyboardTest < Minitest::Test
     xdotool("type", "--delay", "40", "2048")
     assert_equal "height", focus_after("Tab")
     xdotool("type", "--delay", "40", "567")
-    x, y = @points["size_list"]
-    half = @points["size_frame"][2] / 2
-    button = [(x + half - 6).round, y]
+    x, y, width = @points["size"]
+    button = [(x + width / 2 - 6).round, y]
     # Its button again, a click elsewhere, Escape: each closes the list.
-    [button, button, button, [(x - half - 20).round, y], button].each { |point| click(point, hold: 0.1) }
+    [button, button, button, [(x - width / 2 - 20).round, y], button].each { |point| click(point, hold: 0.1) }
     xdotool("key", "Escape")
     click(@points["ok"])
-    assert_equal %w[fixed 2048 567], output_at_close.first(3), "what the user typed is kept"
+    assert_equal %w[fixed 2048 567], output_at_close, "what the user typed is kept"
   end
 
   def test_a_click_and_then_keys_pick_from_the_size_list
     assert_equal "size", focus_after("Tab")
-    x, y = @points["size_list"]
+    x, y, width = @points["size"]
     windows = -> { output_of("xdotool", "search", "--onlyvisible", "--name", ".*").split }
     shown = windows.call
-    click([(x + @points["size_frame"][2] / 2 - 6).round, y], hold: 0.1)
+    click([(x + width / 2 - 6).round, y], hold: 0.1)
     wait_for("the size list to open") { (windows.call - shown).any? }
     # The list opens under the box, about 15 points an item: the fourth, 1024 x 768.
     click([x, y + 67], hold: 0.1)
@@ -122,11 +102,16 @@ class KeyboardTest < Minitest::Test
     # keys queue up while the list opens; its own loop reads them in turn.
     xdotool("key", "Down", "Down", "Down", "Return")
     click(@points["ok"])
-    assert_equal %w[fixed 3076 2034], output_at_close.first(3),
+    assert_equal %w[fixed 3076 2034], output_at_close,
                  "a click picks 1024 x 768 (without it the keys reach 640 x 480), then the keys two items on"
   end
 
   private
+
+  # The size the panel reports as OK closes it.
+  def output_at_close
+    events_until_close.assoc("output_changed").last.first(3)
+  end
 
   def focus_after(key)
     xdotool("key", key)

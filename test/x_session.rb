@@ -11,8 +11,9 @@ module XSession
   LIMIT = 30 # seconds for each wait; the host gives up after it too
   TITLE = TEXTS["opt-window-title"]
 
-  # The start of a plugin: it prints each event as a JSON line, and with
-  # print_points where the controls are, once a person can start.
+  # The start of a plugin: the panel on screen, its folder field enabled, and
+  # each event printed as a JSON line; print_points prints where the controls
+  # are once a person can start.
   PLUGIN_PRELUDE = <<~RUBY.freeze
     require "json"
     require "OptionsPanel"
@@ -21,14 +22,18 @@ module XSession
     $stdout.sync = true
     driver = OptionsPanelDriver
 
-    class Printer
-      %w[preset_changed output_changed environment_changed options_changed close].each do |event|
-        define_method(event) { |payload| puts JSON.dump([event, payload]) }
-      end
-    end
-
-    # A person starts once the panel is drawn and active, its title bar lit.
-    def print_points(driver, points)
+    # Where the controls are on the screen: a control's middle with the width
+    # and height of what is drawn, or the middle of a radio cell or a tab. A
+    # tab's controls are on the window only while it shows. Printed once a
+    # person can start: the panel drawn and active, its title bar lit.
+    def print_points(driver)
+      place = ->(name) { driver.screen_point(name, nil) + driver.control(name)[:drawn_in_window][2, 2] }
+      driver.choose_tab(1)
+      points = { "clay" => place.(:clay), "intensity" => place.(:intensity) }
+      driver.choose_tab(0)
+      %i[size width ok choose_folder].each { |name| points[name] = place.(name) }
+      points.update("fixed" => driver.screen_point(:size_mode, 1), "environment" => driver.screen_point(:tabs, 1),
+                    "close_box" => driver.screen_point(:close_box, nil))
       deadline = Time.now + #{LIMIT}
       driver.process_events until (driver.drawn? && driver.window_state[:key] && driver.window_state[:active]) ||
                                   Time.now > deadline
@@ -36,16 +41,20 @@ module XSession
     end
 
     panel = Velmar::OptionsPanelWindow.new(OptionsPanelTexts::EN)
-    panel.observe(Printer.new)
+    panel.observe(Class.new do
+      #{EVENTS.inspect}.each { |event| define_method(event) { |payload| puts JSON.dump([event, payload]) } }
+    end.new)
+    panel.set_output_directory("custom", "/renders")
+    panel.show
   RUBY
 
-  # Each test: a folder of its own with the class's PLUGIN in it, and an X server.
+  # Each test: a folder of its own with the class's PLUGIN in it, which is the
+  # toolkit's temporary directory too, and an X server.
   def setup
-    @folder = Dir.mktmpdir(self.class.name)
-    @plugin = File.join(@folder, "plugin.rb")
-    File.write(@plugin, self.class::PLUGIN)
     # Short: the daemons' socket paths must fit in a socket address.
     @temp = Dir.mktmpdir("gs", "/tmp")
+    @plugin = File.join(@temp, "plugin.rb")
+    File.write(@plugin, self.class::PLUGIN)
     @display = start_x_server
   end
 
@@ -58,7 +67,7 @@ module XSession
       false
     end.map { |file| File.basename(File.dirname(file)).to_i }
     stop_processes(@host_pid, *@pids, *daemons, @xvfb_pid)
-    FileUtils.rm_rf([@folder, @temp])
+    FileUtils.rm_rf(@temp)
   end
 
   # GNUstep finds its pasteboard and notification daemons by the temporary
@@ -96,19 +105,18 @@ module XSession
       Process.kill("KILL", pid)
       Process.wait(pid)
     rescue Errno::ESRCH, Errno::ECHILD
-      nil
+      # already gone
     end
   end
 
   # Starts the host on the plugin (or another program that runs it, a plain
   # ruby for one) and, once the panel's window is on the screen, returns where
   # the plugin says the controls are; the rest of the output is read with #next_line.
-  def start_host(*arguments, program: [HOST, "--timeout", LIMIT.to_s, @plugin])
+  def start_host(program = [HOST, "--timeout", LIMIT.to_s, @plugin])
     @output, writer = IO.pipe
-    @host_pid = spawn(environment, *program, *arguments, out: writer, err: writer)
+    @host_pid = spawn(environment, *program, out: writer, err: writer)
     writer.close
-    kind, points = next_line
-    assert_equal "points", kind
+    points = next_line.tap { |kind, _points| assert_equal "points", kind }.last
     xdotool("search", "--sync", "--onlyvisible", "--name", TITLE)
     points
   end
@@ -129,14 +137,9 @@ module XSession
     [next_line].tap { |events| events << next_line until events.last.first == "close" }
   end
 
-  # What "output_changed" reports as the panel closes.
-  def output_at_close
-    events_until_close.assoc("output_changed").last
-  end
-
   def click(point, hold: nil)
     press = hold ? ["mousedown", 1, "sleep", hold, "mouseup", 1] : ["click", 1]
-    xdotool("mousemove", *point, *press)
+    xdotool("mousemove", *point.first(2), *press)
   end
 
   # Polls until the block gives a true value, which it returns.
