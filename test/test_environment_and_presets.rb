@@ -125,6 +125,7 @@ class TestEnvironmentAndPresets < Minitest::Test
     assert_equal "Bad\u{FFFD}", press_ok["preset_changed"][0], "a UTF-8 name, bad bytes as U+FFFD"
     panel.show
     Driver.pick(:preset, 3)
+    assert_equal [3, " Final"], combo[1..2], "a pick shows the item picked"
     assert_equal " Final", press_ok["output_changed"].last
   end
 end
