@@ -351,9 +351,10 @@ static VALUE pick(VALUE, VALUE name, VALUE index) {
     NSComboBox *combo = Actionable(target, [NSComboBox class], @"a list");
     if (i < 0 || i >= [combo numberOfItems])
       Refuse(@"%s has no item %ld", RSTRING_PTR(target), i);
-    // As a click in the toolkit's list does: the box shows the item picked.
+    // As a click in the toolkit's list does: the box shows the item picked
+    // before the action is sent.
     [combo selectItemAtIndex:i];
-    [combo setObjectValue:[combo itemObjectValueAtIndex:i]];
+    [combo setStringValue:[[combo itemObjectValueAtIndex:i] description]];
     SendAction(combo);
     return (id)nil;
   });

@@ -77,7 +77,6 @@ static int32_t Doubled(int32_t height) {
   NSInteger index = [mySizeCombo indexOfSelectedItem];
   if (index < 0 || (size_t)index >= kSizePresetCount)
     return;
-  ShowComboSelection(mySizeCombo);
   const SizePreset &preset = kSizePresets[index];
   [myWidthValueText setStringValue:Decimal(preset.width)];
   if ([self panoramaIsOn]) {
