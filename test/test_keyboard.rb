@@ -12,9 +12,12 @@ class KeyboardTest < Minitest::Test
     panel.set_output_dimensions("fixed", 1280, 720, 640, 480)
     print_points(driver)
     seen = []
+    # The test's cue for a change the script makes while the person types.
+    cue = File.join(__dir__, "viewport")
     deadline = Time.now + #{LIMIT}
     while driver.window_state[:visible] && Time.now < deadline
       driver.process_events
+      panel.set_output_dimensions("viewport", 0, 0, 0, 0) if File.exist?(cue) && File.delete(cue)
       now = [["focus", driver.focused], ["clay", driver.control(:clay)[:state]]]
       (now - seen).each { |line| puts JSON.dump(line) }
       seen = now
@@ -104,6 +107,15 @@ class KeyboardTest < Minitest::Test
     click(@points["ok"])
     assert_equal %w[fixed 3076 2034], output_at_close,
                  "a click picks 1024 x 768 (without it the keys reach 640 x 480), then the keys two items on"
+  end
+
+  # A script that disables the field being typed in leaves no control with the
+  # focus; backwards from there is the last control, as forwards is the first.
+  def test_shift_tab_after_the_script_disables_the_focused_field
+    assert_equal %w[size width], Array.new(2) { focus_after("Tab") }
+    File.write(File.join(@temp, "viewport"), "")
+    assert_equal ["focus", nil], next_line
+    assert_equal "close", focus_after("shift+Tab")
   end
 
   private
