@@ -43,6 +43,8 @@ class WindowManagerTest < Minitest::Test
     chooser = wait_for("the folder chooser") { (client_list.map(&:first) - listed - [other]).first }
     assert_equal panel_window, output_of("xprop", "-id", chooser, "WM_TRANSIENT_FOR")[/0x\h+/]&.to_i(16),
                  "the chooser belongs to the panel"
+    middles = [geometry(chooser), [x, y, width, height]].map { |l, t, w, h| [l + w / 2, t + h / 2] }
+    assert_operator middles.transpose.map { |a, b| (a - b).abs }.max, :<=, 3, "the chooser opens over the panel's middle"
     # A click on a corner of the panel that neither the chooser nor the other window covers.
     click([x + 5, y + height - 5])
     assert_operator stacking.index(chooser), :>, stacking.index(panel_window), "the chooser stays above the panel"
