@@ -31,9 +31,9 @@ case "${1:-}" in
 esac
 
 # Sizes and time limits (seconds) of each part. GC stress is on only while
-# each test's setup, body and teardown run (OPTIONS_PANEL_GC_STRESS=tests):
-# every call the tests make into the extensions is covered, while a suite
-# loaded under stress (rbs among it) had not even started after 20 minutes.
+# each test's setup, body and teardown run (reliability/gc_stress.rb): every
+# call the tests make into the extensions is covered, while a suite loaded
+# under stress (rbs among it) had not even started after 20 minutes.
 if ((short)); then
   # The files whose tests reach the binding's Ruby objects most: observers and
   # payloads, the method table, the text table, the OK report, past regressions.
@@ -123,7 +123,7 @@ fi
 # ---- 1. GC stress -----------------------------------------------------------
 t=$SECONDS
 log=$logs/gc-stress.log
-suite "$gc_limit" "$log" build "$gc_files" OPTIONS_PANEL_GC_STRESS=tests
+suite "$gc_limit" "$log" build "$gc_files" RUBYOPT="-r$root/reliability/gc_stress"
 rc=$?
 read -r f e n <<<"$(suite_counts "$log")"
 what="stressed while each test runs"

@@ -6,30 +6,6 @@ require "OptionsPanel"
 require "OptionsPanelDriver"
 require_relative "../examples/texts/en"
 
-# OPTIONS_PANEL_GC_STRESS=1 runs a full garbage collection at every allocation
-# from here on, once both extensions are loaded, so that a Ruby object the
-# extension holds without marking it is freed at once and the tests trip over it.
-# OPTIONS_PANEL_GC_STRESS=tests does the same only while each test's setup, body
-# and teardown run: every call into the extensions is covered, and loading the
-# test files and minitest's own bookkeeping go at full speed.
-case ENV["OPTIONS_PANEL_GC_STRESS"]
-when "1"
-  GC.stress = true
-when "tests"
-  module GCStressEachTest
-    def before_setup
-      super
-      GC.stress = true
-    end
-
-    def after_teardown
-      GC.stress = false
-      super
-    end
-  end
-  Minitest::Test.prepend(GCStressEachTest)
-end
-
 # A run started in the background inherits SIGINT ignored, which Ruby keeps;
 # the tests of Ctrl-C need Ruby's own handler, which raises Interrupt.
 trap("INT", "DEFAULT")
