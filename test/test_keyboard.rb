@@ -41,13 +41,13 @@ class KeyboardTest < Minitest::Test
     assert_equal IMAGE_TAB_ROUND, IMAGE_TAB_ROUND.map { focus_after("Tab") }
     assert_equal "preset", focus_after("shift+Tab")
     assert_equal "background", focus_after("ctrl+Tab"), "the focus follows into the Environment tab"
-    assert_equal ENVIRONMENT_TAB_ROUND, ENVIRONMENT_TAB_ROUND.map { focus_after("Tab") }
+    unfocused = pixels(@points["intensity"])
+    assert_equal ENVIRONMENT_TAB_ROUND.first, focus_after("Tab")
+    wait_for("the slider's focus ring") { pixels(@points["intensity"]) != unfocused }
+    assert_equal ENVIRONMENT_TAB_ROUND.drop(1), ENVIRONMENT_TAB_ROUND.drop(1).map { focus_after("Tab") }
     assert_equal "clay", Array.new(6) { focus_after("Tab") }.last
 
-    # The Clay box's pixels as the X server holds them, on whole pixels: what a person sees.
-    x, y, width, height = @points["clay"]
-    crop = "#{width.ceil}x#{height.ceil}+#{(x - width / 2).floor}+#{(y - height / 2).floor}"
-    box = -> { output_of("import", "-window", "root", "-crop", crop, "-depth", "8", "rgb:-") }
+    box = -> { pixels(@points["clay"]) }
     unticked = box.call
     xdotool("key", "space")
     assert_equal ["clay", 1], next_line
@@ -123,6 +123,12 @@ class KeyboardTest < Minitest::Test
   # The size the panel reports as OK closes it.
   def output_at_close
     events_until_close.assoc("output_changed").last.first(3)
+  end
+
+  # A control's pixels as the X server holds them, on whole pixels: what a person sees.
+  def pixels((x, y, width, height))
+    crop = "#{width.ceil}x#{height.ceil}+#{(x - width / 2).floor}+#{(y - height / 2).floor}"
+    output_of("import", "-window", "root", "-crop", crop, "-depth", "8", "rgb:-")
   end
 
   def focus_after(key)
