@@ -97,10 +97,10 @@ class TestFormatAndSaveLocation < Minitest::Test
     assert_equal "C:\\Renders\\Out", path, "the argument stays as it was"
     plain = "/already/forward"
     refute_same plain, panel.output_directory(plain)
-    # Overlong forms, a missing continuation byte and a code point past U+10FFFF
-    # each become U+FFFD per byte.
+    # Overlong forms, a missing second or third byte and a code point past
+    # U+10FFFF each become U+FFFD per byte.
     { plain => plain, "" => "", "a\xFF\\b".b => "a\u{FFFD}/b", "C:\\cut\0\\rest" => "C:/cut",
-      "\xE0\x80\x80\xC3A\xF4\x90\x80\x80".b => "#{"\u{FFFD}" * 4}A#{"\u{FFFD}" * 4}" }.each do |given, result|
+      "\xE0\x80\x80\xC3A\xF4\x90\x80\x80\xE2\x82A".b => "#{"\u{FFFD}" * 4}A#{"\u{FFFD}" * 6}A" }.each do |given, result|
       assert_equal result, panel.output_directory(given), "#{given.inspect}, in UTF-8"
     end
     [nil, 5, :path, ["C:\\x"]].each { |bad| assert_raises(TypeError) { panel.output_directory(bad) } }
