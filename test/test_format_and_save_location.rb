@@ -52,11 +52,11 @@ class TestFormatAndSaveLocation < Minitest::Test
   # The first folder has characters of four, three and two bytes in UTF-8.
   def test_set_output_directory_selects_the_mode_and_writes_the_folder
     { "model" => "/renders/model/\u{1F3AC} \u2713 \u00E9", "custom" => "D:\\out",
-      "Model" => "D:\\R\xFF\xFEnder".b, "" => "x", "model\0custom" => "/cut\0/off" }.each do |mode, text|
+      "Model" => "D:\\R\xFF\xFEn\xE2\x82der".b, "" => "x", "model\0custom" => "/cut\0/off" }.each do |mode, text|
       panel.show
       panel.set_output_directory("model", "")
       panel.set_output_directory(mode, text)
-      shown = text.b.sub(/\0.*/m, "").force_encoding("UTF-8").scrub("\u{FFFD}")
+      shown = text.b.sub(/\0.*/m, "").force_encoding("UTF-8").scrub { |bad| "\u{FFFD}" * bad.bytesize }
       model = mode.sub(/\0.*/m, "") == "model"
       assert_equal [model ? [1, 0] : [0, 1], !model, !model, shown], save_state,
                    "#{mode.inspect}: NUL ends each text, a bad byte shows as U+FFFD"
