@@ -17,6 +17,8 @@ class RealInputTest < Minitest::Test
     xdotool("type", "--delay", "40", "1280")
     xdotool("key", "Tab")
     xdotool("type", "--delay", "40", "720")
+    # A click on the chosen mode leaves it chosen and the typed size as it is.
+    click(points["fixed"])
     click(points["environment"], hold: 0.3)
     click(points["clay"])
     x, y, track = points["intensity"]
