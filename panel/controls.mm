@@ -99,13 +99,6 @@ static NSRect CentredRect(NSRect frame, CGFloat height) {
 + (Class)cellClass {
   return [VOPCheckBoxCell class];
 }
-
-#ifdef GNUSTEP
-- (void)performClick:(id)sender {
-  [super performClick:sender];
-  [self setNeedsDisplay:YES];
-}
-#endif
 @end
 
 static NSString *Decoded(const char *bytes, size_t length) {
