@@ -118,7 +118,7 @@ class ScriptClassTest < Minitest::Test
 
   # Copying a script's text into the panel can run out of memory in C++; that
   # must reach the script as NoMemoryError, leaving the panel usable.
-  def test_running_out_of_memory_while_copying_a_text_raises_no_memory_error
+  def test_running_out_of_memory_in_a_setter_raises_no_memory_error_and_leaves_no_call_open
     # AddressSanitizer's allocator ends the process instead of throwing bad_alloc.
     skip "the allocator is AddressSanitizer's" if ENV["LD_PRELOAD"].to_s.include?("asan")
     out, err, status = run_ruby(<<~RUBY)
@@ -127,17 +127,23 @@ class ScriptClassTest < Minitest::Test
       text = "x" * (64 << 20)
       size = File.read("/proc/self/status")[/VmSize:\\s+(\\d+)/, 1].to_i * 1024
       hard = Process.getrlimit(:AS)[1]
-      Process.setrlimit(:AS, size + (32 << 20), hard)
-      begin
-        panel.preset = text
+      # Room to copy the text once: preset= runs out copying it, populate_presets
+      # once the copy is made, while the panel splits it into names.
+      { "preset=" => 32, "populate_presets" => 96 }.each do |method, room|
+        Process.setrlimit(:AS, size + (room << 20), hard)
+        panel.public_send(method, text)
       rescue NoMemoryError => e
         puts e.class
       ensure
         Process.setrlimit(:AS, hard, hard)
       end
       p panel.send(:output_format=, "jpg"), OptionsPanelDriver.control(:format)[:cells].map { |c| c[:state] }
+      # A failing observer is still reported: no call is left open to hold its error.
+      panel.observe(Class.new { define_method(:close) { |_| raise "observer failed" } }.new)
+      OptionsPanelDriver.click(:close)
     RUBY
     assert status.success?, err
-    assert_equal ["NoMemoryError", "true", "[0, 1, 0]"], out.lines.map(&:chomp)
+    assert_equal ["NoMemoryError"] * 2 + ["true", "[0, 1, 0]"], out.lines.map(&:chomp)
+    assert_match(/observer failed/, err)
   end
 end
