@@ -13,7 +13,7 @@ class LayoutTest < Minitest::Test
       d = OptionsPanelDriver
       w = Velmar::OptionsPanelWindow.new(OptionsPanelTexts::EN)
       log = []
-      events = %w[preset_changed output_changed environment_changed options_changed close]
+      events = #{PanelTest::OK_EVENTS.inspect}
       w.observe(Class.new { events.each { |e| define_method(e) { |payload| log << [e, payload] } } }.new)
       w.show
       state = { window: d.window_state, content: d.content_views, image: d.tab_views(0),
