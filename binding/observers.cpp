@@ -11,6 +11,20 @@ namespace velmar {
 static VALUE options_panel_observers = Qnil;
 // Each event's method, looked up once: events come in loops and in every OK.
 static ID event_methods[kEventCount];
+static ID respond_to_method;
+
+// rb_respond_to looks `respond_to?` up past the method cache at every call.
+// Where the observer's class keeps Ruby's own `respond_to?`, a public method
+// found through the cache is the same answer; anything else (an own
+// `respond_to?`, `respond_to_missing?`, a protected or unimplemented method)
+// is asked the full way. Mode 3 counts public methods alone, as `respond_to?`.
+static bool responds(VALUE observer, ID method) {
+  VALUE klass = CLASS_OF(observer);
+  if (rb_method_basic_definition_p(klass, respond_to_method) &&
+      rb_method_boundp(klass, method, 3) == 1)
+    return true;
+  return rb_respond_to(observer, method);
+}
 
 // One event on its way through the observers present when it was sent; an
 // observer added meanwhile hears only later events.
@@ -28,7 +42,7 @@ static VALUE deliver_from_next(VALUE argument) {
   auto *delivery = reinterpret_cast<Delivery *>(argument);
   while (delivery->next < delivery->count) {
     VALUE observer = rb_ary_entry(delivery->observers, delivery->next++);
-    if (rb_respond_to(observer, delivery->method))
+    if (responds(observer, delivery->method))
       rb_funcallv(observer, delivery->method, 1, &delivery->payload);
   }
   return Qnil;
@@ -104,6 +118,7 @@ static void panel_event_sink(Event sent, const EventValues &values) {
 void init_observers() {
   for (size_t i = 0; i < kEventCount; ++i)
     event_methods[i] = rb_intern(kEventNames[i]);
+  respond_to_method = rb_intern("respond_to?");
   rb_global_variable(&options_panel_observers);
   options_panel_observers = rb_ary_new();
   set_event_sink(panel_event_sink);

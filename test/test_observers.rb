@@ -39,16 +39,18 @@ class ObserversTest < Minitest::Test
   def test_ok_events_reach_only_public_methods_named_after_them_in_one_shared_array
     only_close = Class.new { attr_reader :got; def close(p); (@got ||= []) << p; end }.new
     private_close = Class.new { attr_reader :got; private def close(p); @got = p; end }.new
-    [only_close, private_close].each { |o| panel.observe(o) }
+    protected_close = Class.new { attr_reader :got; protected def close(p); @got = p; end }.new
+    [only_close, private_close, protected_close].each { |o| panel.observe(o) }
     observe(:a) { |e, pl| pl << :added_by_a if e == "preset_changed" }
     observe(:b)
     press_ok
     assert_equal [[1.0]], only_close.got
     assert_nil private_close.got
+    assert_nil protected_close.got
     assert_equal [["Default", :added_by_a]], calls("preset_changed").map(&:last).uniq(&:object_id),
                  "a and b got one array, with what a added"
   ensure
-    [only_close, private_close].each { |o| o.define_singleton_method(:respond_to?) { |*| false } }
+    [only_close, private_close, protected_close].each { |o| o.define_singleton_method(:respond_to?) { |*| false } }
   end
 
   # While OK's preset_changed is on its way, :a adds an observer and closes the
