@@ -164,6 +164,30 @@ struct ShortImageSearch {
 };
 #endif
 
+// A button looks the images of its lit look up when it is first drawn lit:
+// at the press of a key (Space, Return) long after the panel was built, past
+// the short search, where listing the host's image types maps ImageMagick's
+// coders into the host (12 MiB). Drawn lit once, into an image that is thrown
+// away, each kind of button finds them while the search is short.
+static inline void FindLitImages(NSArray *buttons) {
+#ifdef GNUSTEP
+  for (NSButton *button in buttons) {
+    NSButtonCell *cell = [button cell];
+    BOOL lit = [cell isHighlighted];
+    NSRect bounds = [button bounds];
+    NSImage *scratch = [[NSImage alloc] initWithSize:bounds.size];
+    [scratch lockFocus];
+    [cell setHighlighted:YES];
+    [cell drawWithFrame:bounds inView:button];
+    [cell setHighlighted:lit];
+    [scratch unlockFocus];
+    [scratch release];
+  }
+#else
+  (void)buttons;
+#endif
+}
+
 // A host has made the application object long before any plugin runs; a plain
 // interpreter has not, and GNUstep needs it before the first window. NSTask
 // takes SIGCHLD when its class first initialises; doing that here, inside a
