@@ -164,22 +164,33 @@ struct ShortImageSearch {
 };
 #endif
 
-// A button looks the images of its lit look up when it is first drawn lit:
-// at the press of a key (Space, Return) long after the panel was built, past
-// the short search, where listing the host's image types maps ImageMagick's
-// coders into the host (12 MiB). Drawn lit once, into an image that is thrown
-// away, each kind of button finds them while the search is short.
-static inline void FindLitImages(NSArray *buttons) {
+// A button looks up the images of a look (lit, focused, disabled) when it
+// first draws it: at a key's press, a move of the focus or a script's change
+// long after the panel was built, past the short search, where listing the
+// host's image types maps ImageMagick's coders into the host (12 MiB). Each
+// kind of button draws those looks once while the search is short, into an
+// image that is thrown away: a box lit, a push button's bezel in each of the
+// theme's states but the normal one, which its first drawing showed.
+static inline void FindButtonImages(NSArray *buttons) {
 #ifdef GNUSTEP
   for (NSButton *button in buttons) {
     NSButtonCell *cell = [button cell];
-    BOOL lit = [cell isHighlighted];
     NSRect bounds = [button bounds];
     NSImage *scratch = [[NSImage alloc] initWithSize:bounds.size];
     [scratch lockFocus];
-    [cell setHighlighted:YES];
-    [cell drawWithFrame:bounds inView:button];
-    [cell setHighlighted:lit];
+    if ([cell isBordered]) {
+      for (int look = GSThemeNormalState + 1; look <= GSThemeSelectedState; ++look)
+        [[GSTheme theme] drawButton:bounds
+                                 in:cell
+                               view:button
+                              style:[cell bezelStyle]
+                              state:(GSThemeControlState)look];
+    } else {
+      BOOL lit = [cell isHighlighted];
+      [cell setHighlighted:YES];
+      [cell drawWithFrame:bounds inView:button];
+      [cell setHighlighted:lit];
+    }
     [scratch unlockFocus];
     [scratch release];
   }

@@ -23,6 +23,7 @@ class KeyboardTest < Minitest::Test
       seen = now
       sleep 0.01
     end
+    puts JSON.dump(["coders", File.read("/proc/self/maps").scan(%r{/coders/}).size])
   RUBY
 
   IMAGE_TAB_ROUND = %w[size width height format transparent_background save_location folder choose_folder
@@ -62,6 +63,8 @@ class KeyboardTest < Minitest::Test
     assert_equal %w[preset close ok], Array.new(3) { focus_after("shift+Tab") }
     xdotool("key", "space")
     assert_equal %w[panorama 1280 640], output_at_close, "Space presses OK"
+    line = next_line until line&.first == "coders"
+    assert_equal 0, line.last, "focused and pressed controls drew without ImageMagick's coders"
   end
 
   # On a bare X server no window manager hands the focus on: the panel must take
