@@ -81,6 +81,15 @@
 - (NSArray *)buildEnvironmentControlsWithTexts:(NSArray *)texts font:(NSFont *)headingFont;
 @end
 
+// Where the controls go once their texts are known (layout.mm).
+@interface OptionsPanel (Layout)
+// Every title shows whole and nothing overlaps or crosses a tab's border, a
+// column's separator or the window's edge: controls move right, and columns,
+// the tab view and the window grow, only as far as a text needs. Texts that
+// fit leave every frame as it was built; the window keeps its origin.
+- (void)layOutForTexts;
+@end
+
 @interface OptionsPanel (Keyboard)
 // The enabled controls on screen that Tab visits, in its order.
 - (NSArray *)focusOrder;

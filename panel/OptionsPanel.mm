@@ -7,18 +7,6 @@
 
 OptionsPanel *velmar::panel::built_controller = nil;
 
-// OK and Close are fitted to their texts from where the layout puts them; a
-// long Close text ("Schließen") would run past the window's right margin, and
-// the pair moves left just enough to keep it.
-static void KeepButtonsInside(NSView *content, NSButton *ok, NSButton *close) {
-  static const CGFloat kMargin = 10;
-  CGFloat overflow = NSMaxX([close frame]) - (NSWidth([content frame]) - kMargin);
-  if (overflow <= 0)
-    return;
-  for (NSButton *button in @[ ok, close ])
-    [button setFrameOrigin:NSMakePoint(NSMinX([button frame]) - overflow, NSMinY([button frame]))];
-}
-
 static NSArray *TextsAsStrings(const velmar::PanelTexts &texts) {
   NSMutableArray *strings = [NSMutableArray arrayWithCapacity:texts.size()];
   for (const std::string &text : texts)
@@ -98,9 +86,9 @@ static NSArray *TextsAsStrings(const velmar::PanelTexts &texts) {
   [myTabView setDelegate:self];
 
   NSView *content = [window contentView];
-  KeepButtonsInside(content, m_pButton, m_cButton);
   for (NSView *view in @[ presetHeading, myTabView, myPresetCombo, m_pButton, m_cButton ])
     [content addSubview:view];
+  [self layOutForTexts];
 
   [self imageSizeEnableDisable:NO];
   [self imageSaveEnableDisable:NO];

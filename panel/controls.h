@@ -32,7 +32,9 @@ struct RadioGeometry {
   NSSize cellSize;
 };
 // Cells take the titles in row order, or column order for a single row.
-// A null geometry keeps the toolkit's default spacing and cell size.
+// A null geometry keeps the toolkit's default spacing, and makes every cell as
+// large as the largest title and a gap wider, so that a cell's button keeps
+// clear of the title before it (the default cell size can be wider than a tab).
 NSMatrix *MakeRadioGroup(NSRect frame, int rows, int columns, NSArray *titles,
                          const RadioGeometry *geometry, id target, SEL action);
 
@@ -44,10 +46,8 @@ void SetEnabled(NSControl *control, BOOL enabled);
 // typed last: the edit is taken into the field first.
 void SetFieldEnabled(NSTextField *field, BOOL enabled);
 
-// Makes every cell as large as the largest title and as much wider as the gap,
-// so that a cell's button keeps clear of the title before it; for a group whose
-// cell size is otherwise the toolkit's default, which can be wider than its tab.
-void FitCellsToTitles(NSMatrix *group, CGFloat gap);
+// The width and height the widest and the tallest of the group's cells need.
+NSSize WidestCellSize(NSMatrix *group);
 
 // The index of the cell that is on, counted in the order of the group's cells;
 // -1 when none is.

@@ -218,6 +218,12 @@ NSMatrix *MakeRadioGroup(NSRect frame, int rows, int columns, NSArray *titles,
   NSArray *cells = [group cells];
   for (NSUInteger i = 0; i < [titles count]; ++i)
     [[cells objectAtIndex:i] setTitle:[titles objectAtIndex:i]];
+  if (!geometry) {
+    static const CGFloat kGapBeforeButton = 8;
+    NSSize size = WidestCellSize(group);
+    [group setCellSize:NSMakeSize(size.width + kGapBeforeButton, size.height)];
+    [group sizeToCells];
+  }
   if (target) {
     [group setTarget:target];
     [group setAction:action];
@@ -267,12 +273,11 @@ void SetFieldEnabled(NSTextField *field, BOOL enabled) {
   SetEnabled(field, enabled);
 }
 
-void FitCellsToTitles(NSMatrix *group, CGFloat gap) {
+NSSize WidestCellSize(NSMatrix *group) {
   NSSize size = NSZeroSize;
   for (NSCell *cell in [group cells]) {
-    size.width = MAX(size.width, [cell cellSize].width + gap);
+    size.width = MAX(size.width, [cell cellSize].width);
     size.height = MAX(size.height, [cell cellSize].height);
   }
-  [group setCellSize:size];
-  [group sizeToCells];
+  return size;
 }

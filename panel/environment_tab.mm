@@ -8,20 +8,6 @@ using namespace velmar;
 - (NSButton *)optionBox:(CGFloat)y title:(NSString *)title;
 @end
 
-// Reset's frame leaves a title as long as "Zurücksetzen" no room inside the
-// button's rounded ends: such a button grows to the left, where its row is
-// empty, and keeps its right edge by the separator.
-static void WidenToTitle(NSButton *button) {
-  static const CGFloat kRoundEnds = 12;
-  NSRect frame = [button frame];
-  CGFloat width = [[button cell] cellSize].width + kRoundEnds;
-  if (width <= NSWidth(frame))
-    return;
-  frame.origin.x = NSMaxX(frame) - width;
-  frame.size.width = width;
-  [button setFrame:frame];
-}
-
 @implementation OptionsPanel (EnvironmentTab)
 
 - (NSArray *)buildEnvironmentControlsWithTexts:(NSArray *)texts font:(NSFont *)headingFont {
@@ -54,7 +40,6 @@ static void WidenToTitle(NSButton *button) {
   myExposureSlider = MakeSlider(NSMakeRect(80, 15, 100, 50));
   NSButton *reset = MakePushButton(NSMakeRect(95, 0, 95, 30), [texts objectAtIndex:kResetButton],
                                    self, @selector(onResetClicked), NO);
-  WidenToTitle(reset);
 
   // The left column top to bottom, then the right one.
   environmentKeyOrder = [@[

@@ -54,7 +54,6 @@ static NSArray *SizeItems() {
   aImageTypeLMatrix =
       MakeRadioGroup(NSMakeRect(210, 175, 300, 50), 1, 3, ChoiceTitles(kImageFormats, texts),
                      nullptr, self, @selector(onImageTypeMatrixClicked));
-  FitCellsToTitles(aImageTypeLMatrix, 8);
   [controls addObject:aImageTypeLMatrix];
   myTransCButton =
       MakeCheckBox(NSMakeRect(210, 120, 100, 50), [texts objectAtIndex:kTransparencyBox], self);

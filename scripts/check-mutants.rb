@@ -25,7 +25,7 @@ module Mutants
   MUTATED_DIRS = %w[binding panel platform].freeze
   SOURCE_PATTERN = /\.(cpp|h|mm)\z/.freeze
   # The construction of the tabs is all geometry: its numbers are the layout's.
-  LAYOUT_FILES = %w[panel/image_tab.mm panel/environment_tab.mm platform/tab_view.mm].freeze
+  LAYOUT_FILES = %w[panel/image_tab.mm panel/environment_tab.mm panel/layout.mm platform/tab_view.mm].freeze
   # Calls whose numbers are geometry wherever they are written.
   GEOMETRY_CALLS = %w[NSMakeRect NSMakeSize NSMakePoint NSInsetRect NSOffsetRect].freeze
   GEOMETRY_SELECTOR = /FontOfSize\z/.freeze

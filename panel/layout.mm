@@ -1,0 +1,185 @@
+#import "panel/OptionsPanel.h"
+
+#import "panel/controls.h"
+
+// The panel is built at the frames that suit the English texts. Translations
+// are longer or shorter; this pass measures what each title needs and moves
+// or grows what must make room for it, in this order: a control to its title,
+// the controls a label names to the right of that label, a tab's right column
+// to the right of its left column, then the tab view, the header's list, the
+// window and its buttons to the widest tab.
+
+// Between the end of a label's text and the control beside it.
+static const CGFloat kLabelGap = 8;
+// Between OK and Close when their titles make them meet.
+static const CGFloat kButtonGap = 8;
+// Between the window's edges and the tab view, and the buttons.
+static const CGFloat kWindowMargin = 10;
+// Between the header's list and the tab view's right edge.
+static const CGFloat kListMargin = 10;
+// The narrowest the header's list gets beside a long heading.
+static const CGFloat kMinListWidth = 115;
+
+// What a person sees of the view: a slider only draws its track.
+static NSRect VisibleFrame(NSView *view) {
+  if ([view respondsToSelector:@selector(trackFrame)])
+    return [(VOPTrackSlider *)view trackFrame];
+  return [view frame];
+}
+
+static void MoveBy(NSView *view, CGFloat dx) {
+  [view setFrameOrigin:NSMakePoint(NSMinX([view frame]) + dx, NSMinY([view frame]))];
+}
+
+static BOOL IsLabel(NSView *view) {
+  return [view isKindOfClass:[NSTextField class]] && ![(NSTextField *)view isEditable] &&
+         ![(NSTextField *)view isBezeled];
+}
+
+static BOOL IsVerticalSeparator(NSView *view) {
+  return [view isKindOfClass:[NSBox class]] && [(NSBox *)view boxType] == NSBoxSeparator &&
+         NSHeight([view frame]) > NSWidth([view frame]);
+}
+
+// Labels and check boxes are fitted as they are made; a radio group's cells
+// and a push button that keeps its frame may still be too narrow. Such a
+// button grows to the left: it stands at the right end of its row.
+static void FitToTitle(NSView *view) {
+  if ([view isKindOfClass:[NSMatrix class]]) {
+    NSMatrix *group = (NSMatrix *)view;
+    CGFloat widest = WidestCellSize(group).width;
+    if (widest > [group cellSize].width) {
+      [group setCellSize:NSMakeSize(widest, [group cellSize].height)];
+      [group sizeToCells];
+    }
+  } else if ([view isKindOfClass:[NSButton class]]) {
+    NSRect frame = [view frame];
+    CGFloat width = [[(NSButton *)view cell] cellSize].width;
+    if (width > NSWidth(frame))
+      [view setFrame:NSMakeRect(NSMaxX(frame) - width, NSMinY(frame), width, NSHeight(frame))];
+  }
+}
+
+// 0 for the left column, 1 for the right one (the separator's own).
+static int ColumnOf(NSView *view, NSView *separator) {
+  return separator && NSMinX([view frame]) >= NSMinX([separator frame]) ? 1 : 0;
+}
+
+static BOOL InSameRow(NSView *a, NSView *b) {
+  NSRect ra = VisibleFrame(a), rb = VisibleFrame(b);
+  return NSMinY(ra) < NSMaxY(rb) && NSMinY(rb) < NSMaxY(ra);
+}
+
+// Moves what a label names, in its row and column, past the label's text.
+// Controls that started at one x in a column move together, so fields that
+// were aligned stay aligned.
+static void PushPastLabels(NSArray *views, NSView *separator) {
+  NSMutableDictionary *shifts = [NSMutableDictionary dictionary];
+  for (NSView *label in views) {
+    if (!IsLabel(label))
+      continue;
+    for (NSView *view in views) {
+      if (IsLabel(view) || NSMinX([view frame]) <= NSMinX([label frame]) ||
+          ColumnOf(view, separator) != ColumnOf(label, separator) || !InSameRow(label, view))
+        continue;
+      CGFloat shift = ceil(NSMaxX([label frame]) + kLabelGap - NSMinX([view frame]));
+      NSString *key =
+          [NSString stringWithFormat:@"%d %g", ColumnOf(view, separator), NSMinX([view frame])];
+      if (shift > [[shifts objectForKey:key] doubleValue])
+        [shifts setObject:@(shift) forKey:key];
+    }
+  }
+  NSMutableArray *moves = [NSMutableArray array];
+  for (NSView *view in views) {
+    NSString *key =
+        [NSString stringWithFormat:@"%d %g", ColumnOf(view, separator), NSMinX([view frame])];
+    if (NSNumber *shift = [shifts objectForKey:key])
+      [moves addObject:@[ view, shift ]];
+  }
+  for (NSArray *move in moves)
+    MoveBy([move objectAtIndex:0], [[move objectAtIndex:1] doubleValue]);
+}
+
+static CGFloat RightmostEdge(NSArray *views, NSView *separator, int column) {
+  CGFloat edge = 0;
+  for (NSView *view in views)
+    if (view != separator && ColumnOf(view, separator) == column)
+      edge = MAX(edge, NSMaxX(VisibleFrame(view)));
+  return edge;
+}
+
+// The separator's line and the right column move right of the left column.
+static void KeepColumnsApart(NSArray *views, NSView *separator) {
+  if (!separator)
+    return;
+  CGFloat overlap = ceil(RightmostEdge(views, separator, 0) - floor(NSMidX([separator frame])));
+  if (overlap <= 0)
+    return;
+  for (NSView *view in views)
+    if (ColumnOf(view, separator) == 1)
+      MoveBy(view, overlap);
+}
+
+// Lays out one tab's view and returns the width its controls need.
+static CGFloat LayOutTab(NSView *tab) {
+  NSArray *views = [tab subviews];
+  NSView *separator = nil;
+  for (NSView *view in views) {
+    FitToTitle(view);
+    if (IsVerticalSeparator(view))
+      separator = view;
+  }
+  PushPastLabels(views, separator);
+  KeepColumnsApart(views, separator);
+  return RightmostEdge(views, nil, 0);
+}
+
+// OK and Close move with the window's right edge; a long pair moves left to
+// stay inside it, and OK moves left again where it would cover Close.
+static void PlaceButtons(NSButton *ok, NSButton *close, CGFloat width, CGFloat growth) {
+  CGFloat overflow = NSMaxX([close frame]) + growth - (width - kWindowMargin);
+  for (NSButton *button in @[ ok, close ])
+    MoveBy(button, growth - MAX(0, overflow));
+  if (NSMaxX([ok frame]) > NSMinX([close frame]))
+    MoveBy(ok, NSMinX([close frame]) - kButtonGap - NSMaxX([ok frame]));
+}
+
+@implementation OptionsPanel (Layout)
+
+- (void)layOutForTexts {
+  NSView *content = [window contentView];
+  CGFloat contentWidth = NSWidth([content frame]);
+  CGFloat tabsNeed = 0;
+  for (NSTabViewItem *item in [myTabView tabViewItems]) {
+    // As the tab view will show it: the radio groups keep to the top edge.
+    [[item view] setFrame:[myTabView contentRect]];
+    tabsNeed = MAX(tabsNeed, LayOutTab([item view]));
+  }
+  CGFloat tabGrowth = MAX(0, ceil(tabsNeed - NSWidth([myTabView contentRect])));
+
+  NSArray *header = [content subviews];
+  PushPastLabels(header, nil);
+  CGFloat headerNeed = NSMinX([myPresetCombo frame]) + kMinListWidth + kListMargin + kWindowMargin;
+  CGFloat buttonsNeed =
+      NSWidth([m_pButton frame]) + kButtonGap + NSWidth([m_cButton frame]) + 2 * kWindowMargin;
+  CGFloat width = MAX(MAX(contentWidth, NSMaxX([myTabView frame]) + tabGrowth + kWindowMargin),
+                      MAX(headerNeed, buttonsNeed));
+
+  NSRect tabFrame = [myTabView frame];
+  tabFrame.size.width = width - NSMinX(tabFrame) - kWindowMargin;
+  [myTabView setFrame:tabFrame];
+  NSRect list = [myPresetCombo frame];
+  // Set only when it changes: the toolkit may give the list its own height.
+  if (NSMaxX(list) != NSMaxX(tabFrame) - kListMargin)
+    [myPresetCombo
+        setFrameSize:NSMakeSize(NSMaxX(tabFrame) - kListMargin - NSMinX(list), NSHeight(list))];
+  PlaceButtons(m_pButton, m_cButton, width, width - contentWidth);
+
+  if (width > contentWidth) {
+    [window setContentSize:NSMakeSize(width, NSHeight([content frame]))];
+    for (NSTabViewItem *item in [myTabView tabViewItems])
+      [[item view] setFrame:[myTabView contentRect]];
+  }
+}
+
+@end
