@@ -23,9 +23,13 @@ packages=(
   libclang-rt-14-dev valgrind
   # scripts/fetch-ruby.sh: points a newer Debian's Ruby at its own C library.
   patchelf
-  # The toolkit's fonts have no Japanese letters; GNUstep draws texts that need
-  # them in this font, which has Latin letters too.
-  fonts-ipafont-gothic
+  # The toolkit's fonts have no Japanese, Korean or Chinese letters. GNUstep
+  # draws a letter its font lacks in another font only when that font's family
+  # name is also its face name: IPA's Japanese Gothic, Nanum's Korean Gothic
+  # and Hanazono (for the Chinese letters beyond Japanese) are such fonts.
+  # Debian's usual Chinese fonts (Noto CJK, WenQuanYi, AR PL) are not, and
+  # with one of them GNUstep draws question marks.
+  fonts-ipafont-gothic fonts-nanum fonts-hanazono
 )
 if [[ ${1:-} == --bench ]]; then
   # The same dialog built with GTK 3 and as an HTML page in a WebKitGTK view.
