@@ -620,9 +620,14 @@ static NSDictionary *Describe(NSView *view) {
       [cells addObject:@{
         @"text" : [cell title],
         @"state" : @([cell state]),
-        @"enabled" : Flag([cell isEnabled])
+        @"enabled" : Flag([cell isEnabled]),
+        @"needed_width" : @([cell cellSize].width)
       }];
     [d setObject:cells forKey:@"cells"];
+    [d setObject:@([(NSMatrix *)view cellSize].width) forKey:@"cell_width"];
+  } else if ([view isKindOfClass:[NSControl class]]) {
+    // How wide the control must be to show its whole title or text.
+    [d setObject:@([[(NSControl *)view cell] cellSize].width) forKey:@"needed_width"];
   }
   if ([view isKindOfClass:[NSComboBox class]]) {
     NSComboBox *combo = (NSComboBox *)view;
@@ -667,6 +672,20 @@ static VALUE tab_views(VALUE, VALUE index) {
   return Drive([=] { return (id)DescribeAll([[TabAt(i) view] subviews]); });
 }
 
+// Where on the tab view's strip the tab is: the rectangle round the points that hit it.
+static NSRect TabSpan(NSTabView *tabView, long index) {
+  NSTabViewItem *item = TabAt(index);
+  NSRect bounds = [tabView bounds];
+  NSRect span = NSZeroRect;
+  for (CGFloat y = NSMinY(bounds); y < NSMaxY(bounds); y += 2)
+    for (CGFloat x = NSMinX(bounds); x < NSMaxX(bounds); x += 2)
+      if ([tabView tabViewItemAtPoint:NSMakePoint(x, y)] == item)
+        span = NSUnionRect(span, NSMakeRect(x, y, 2, 2));
+  if (NSIsEmptyRect(span))
+    Refuse(@"tab %ld shows nowhere", index);
+  return span;
+}
+
 static VALUE tabs(VALUE) {
   return Drive([] {
     NSTabView *tabView = Tabs();
@@ -676,36 +695,22 @@ static VALUE tabs(VALUE) {
         @"identifier" : [item identifier],
         @"label" : [item label],
         @"selected" : Flag(item == [tabView selectedTabViewItem]),
-        @"frame" : RectArray([[item view] frame])
+        @"frame" : RectArray([[item view] frame]),
+        // How wide its label is drawn, and how wide the tab it is drawn on.
+        @"label_width" : @([item sizeOfLabel:NO].width),
+        @"width" : @(NSWidth(TabSpan(tabView, [all count])))
       }];
     return (id)all;
   });
 }
 
-// Where on the tab view's strip the tab is: the middle of the points that hit it.
-static NSPoint TabCentre(NSTabView *tabView, long index) {
-  NSTabViewItem *item = TabAt(index);
-  NSRect bounds = [tabView bounds];
-  CGFloat sumX = 0, sumY = 0, hits = 0;
-  for (CGFloat y = NSMinY(bounds); y < NSMaxY(bounds); y += 2)
-    for (CGFloat x = NSMinX(bounds); x < NSMaxX(bounds); x += 2)
-      if ([tabView tabViewItemAtPoint:NSMakePoint(x, y)] == item) {
-        sumX += x;
-        sumY += y;
-        ++hits;
-      }
-  if (!hits)
-    Refuse(@"tab %ld shows nowhere", index);
-  return NSMakePoint(sumX / hits, sumY / hits);
-}
-
 // The middle of what the user sees of a control, of a cell of a radio group,
 // or of a tab's label, in the view's own coordinates.
 static NSPoint TargetIn(NSView *view, long index, const char *name) {
-  if (index >= 0 && [view isKindOfClass:[NSTabView class]])
-    return TabCentre((NSTabView *)view, index);
   NSRect target = [view bounds];
-  if (index >= 0 && [view isKindOfClass:[NSMatrix class]]) {
+  if (index >= 0 && [view isKindOfClass:[NSTabView class]]) {
+    target = TabSpan((NSTabView *)view, index);
+  } else if (index >= 0 && [view isKindOfClass:[NSMatrix class]]) {
     NSMatrix *group = (NSMatrix *)view;
     NSInteger row, column;
     [group getRow:&row column:&column ofCell:CellAt(group, index, name)];
