@@ -13,6 +13,10 @@
 static const CGFloat kLabelGap = 8;
 // Between OK and Close when their titles make them meet.
 static const CGFloat kButtonGap = 8;
+// Between a widened radio cell's title and the next cell or the tab's edge.
+static const CGFloat kCellGap = 8;
+// Between the rightmost control and the tab's right edge.
+static const CGFloat kTabMargin = 2;
 // Between the window's edges and the tab view, and the buttons.
 static const CGFloat kWindowMargin = 10;
 // Between the header's list and the tab view's right edge.
@@ -49,7 +53,7 @@ static void FitToTitle(NSView *view) {
     NSMatrix *group = (NSMatrix *)view;
     CGFloat widest = WidestCellSize(group).width;
     if (widest > [group cellSize].width) {
-      [group setCellSize:NSMakeSize(widest, [group cellSize].height)];
+      [group setCellSize:NSMakeSize(widest + kCellGap, [group cellSize].height)];
       [group sizeToCells];
     }
   } else if ([view isKindOfClass:[NSButton class]]) {
@@ -115,9 +119,29 @@ static void KeepColumnsApart(NSArray *views, NSView *separator) {
   CGFloat overlap = ceil(RightmostEdge(views, separator, 0) - floor(NSMidX([separator frame])));
   if (overlap <= 0)
     return;
+  // Which column a view is in is read from the separator's place before it moves.
+  NSMutableArray *right = [NSMutableArray array];
   for (NSView *view in views)
     if (ColumnOf(view, separator) == 1)
-      MoveBy(view, overlap);
+      [right addObject:view];
+  for (NSView *view in right)
+    MoveBy(view, overlap);
+}
+
+// A font with tall lines (Chinese, for one) makes fitted boxes taller than the
+// rows they are stacked in; the upper of two boxes that would meet gives up
+// the bottom of its frame, which holds no drawing.
+static void KeepRowsApart(NSArray *views) {
+  for (NSView *upper in views)
+    for (NSView *lower in views) {
+      NSRect top = [upper frame], bottom = [lower frame];
+      if (upper == lower || NSMinY(bottom) >= NSMinY(top) || !NSIntersectsRect(top, bottom) ||
+          ![upper isKindOfClass:[NSButton class]])
+        continue;
+      CGFloat overlap = NSMaxY(bottom) - NSMinY(top);
+      [upper
+          setFrame:NSMakeRect(NSMinX(top), NSMaxY(bottom), NSWidth(top), NSHeight(top) - overlap)];
+    }
 }
 
 // Lays out one tab's view and returns the width its controls need.
@@ -129,9 +153,10 @@ static CGFloat LayOutTab(NSView *tab) {
     if (IsVerticalSeparator(view))
       separator = view;
   }
+  KeepRowsApart(views);
   PushPastLabels(views, separator);
   KeepColumnsApart(views, separator);
-  return RightmostEdge(views, nil, 0);
+  return RightmostEdge(views, nil, 0) + kTabMargin;
 }
 
 // OK and Close move with the window's right edge; a long pair moves left to
@@ -145,6 +170,14 @@ static void PlaceButtons(NSButton *ok, NSButton *close, CGFloat width, CGFloat g
 }
 
 @implementation OptionsPanel (Layout)
+
+// The window grows no further than the screen's right edge from where it
+// stands; a text that needs more is cut there.
+- (CGFloat)widestOnScreen {
+  NSScreen *screen = [window screen] ? [window screen] : [NSScreen mainScreen];
+  CGFloat border = NSWidth([window frame]) - NSWidth([[window contentView] frame]);
+  return NSMaxX([screen visibleFrame]) - NSMinX([window frame]) - border;
+}
 
 - (void)layOutForTexts {
   NSView *content = [window contentView];
@@ -164,6 +197,7 @@ static void PlaceButtons(NSButton *ok, NSButton *close, CGFloat width, CGFloat g
       NSWidth([m_pButton frame]) + kButtonGap + NSWidth([m_cButton frame]) + 2 * kWindowMargin;
   CGFloat width = MAX(MAX(contentWidth, NSMaxX([myTabView frame]) + tabGrowth + kWindowMargin),
                       MAX(headerNeed, buttonsNeed));
+  width = MIN(width, MAX(contentWidth, [self widestOnScreen]));
 
   NSRect tabFrame = [myTabView frame];
   tabFrame.size.width = width - NSMinX(tabFrame) - kWindowMargin;
