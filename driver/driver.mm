@@ -793,6 +793,7 @@ static VALUE window_state(VALUE) {
       @"title" : [window title],
       @"frame" : RectArray([window frame]),
       @"content" : RectArray([[window contentView] frame]),
+      @"screen" : RectArray([[window screen] visibleFrame]),
       @"style" : @([window styleMask]),
       @"panel" : Flag([window isKindOfClass:[NSPanel class]])
     };
