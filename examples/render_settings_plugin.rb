@@ -4,7 +4,7 @@
 #
 # Run it in the reference host, which handles the panel's events:
 #
-#   build/velmar-host examples/render_settings_plugin.rb -- [--lang en|de|ja]
+#   build/velmar-host examples/render_settings_plugin.rb -- [--lang en|de|ja|fr|...]
 #                     [--interactive] [--shots DIR]
 #
 # --interactive leaves the panel to you. Without it the plugin acts as the user
@@ -16,7 +16,10 @@ require "tmpdir"
 require "OptionsPanel"
 
 module RenderSettingsPlugin
-  LANGUAGES = %w[en de ja].freeze
+  # One text table each in examples/texts/: English, German, Japanese, French,
+  # Spanish, Italian, Brazilian Portuguese, Russian, Polish, Korean and
+  # Simplified Chinese.
+  LANGUAGES = %w[en de ja fr es it pt_br ru pl ko zh_cn].freeze
 
   # The text table of the panel in one of LANGUAGES.
   def self.texts(language)
