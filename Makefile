@@ -71,10 +71,17 @@ demo: build
 	@scripts/with-display.sh $(BUILD_DIR)/velmar-host examples/render_settings_plugin.rb -- \
 	  --shots $(BUILD_DIR)/demo $(DEMO_ARGS)
 
-# Both tabs, as built and with every group changed, in each language, for the docs.
+# Both tabs, as built and with every group changed, in each language: English,
+# German and Japanese for the docs, and a contact sheet of every language with
+# its groups changed.
+SHOT_LANGUAGES = en de ja fr es it pt_br ru pl ko zh_cn
 screenshots: build
-	@scripts/with-display.sh sh -c 'for lang in en de ja; do \
-	  $(BUILD_DIR)/velmar-host --timeout 60 scripts/screenshots.rb -- $$lang docs/images || exit 1; done'
+	@scripts/with-display.sh sh -c 'for lang in $(SHOT_LANGUAGES); do \
+	  $(BUILD_DIR)/velmar-host --timeout 60 scripts/screenshots.rb -- $$lang $(BUILD_DIR)/shots || exit 1; done'
+	@cp $(foreach lang,en de ja,$(BUILD_DIR)/shots/$(lang)-*.png) docs/images/
+	@montage -label '%t' -font DejaVu-Sans -pointsize 14 -geometry +8+8 -tile 4x -background '#dddddd' \
+	  $(foreach lang,$(SHOT_LANGUAGES),$(BUILD_DIR)/shots/$(lang)-image-changed.png \
+	  $(BUILD_DIR)/shots/$(lang)-environment-changed.png) docs/images/every-language.png
 
 format:
 	@clang-format -i binding/*.cpp binding/*.h panel/*.mm panel/*.h panel/*.cpp platform/*.h driver/*.mm \
