@@ -161,3 +161,12 @@ module PanelTest
                    "-e", "$stdout.sync = true\n#{code}")
   end
 end
+
+# A session's plugin (test/x_session.rb) with the French texts, which widen the
+# window and move its controls, but for the English texts that the session
+# finds things by: the window's title and Reset's.
+def in_french(plugin)
+  kept = %w[opt-window-title opt-tab2-reset-btn].to_h { |key| [key, TEXTS[key]] }
+  "require #{File.expand_path('../examples/texts/fr', __dir__).inspect}\n" +
+    plugin.sub("OptionsPanelTexts::EN)", "OptionsPanelTexts::FR.merge(#{kept.inspect}))")
+end

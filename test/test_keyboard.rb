@@ -8,7 +8,8 @@ class KeyboardTest < Minitest::Test
 
   # The plugin watches the panel while the person works: it prints which
   # control has the focus and the Clay box's state, first and on each change.
-  PLUGIN = (PLUGIN_PRELUDE + <<~RUBY).freeze
+  # French texts: a wider window, with controls moved from where English has them.
+  PLUGIN = in_french(PLUGIN_PRELUDE + <<~RUBY).freeze
     panel.set_output_dimensions("fixed", 1280, 720, 640, 480)
     print_points(driver)
     seen = []

@@ -9,7 +9,8 @@ require_relative "x_session"
 class WindowManagerTest < Minitest::Test
   include XSession
 
-  PLUGIN = (PLUGIN_PRELUDE + "print_points(driver)\n").freeze
+  # French texts: a wider window than English gives.
+  PLUGIN = in_french(PLUGIN_PRELUDE + "print_points(driver)\n").freeze
 
   def setup
     super
