@@ -17,6 +17,8 @@ static const CGFloat kButtonGap = 8;
 static const CGFloat kCellGap = 8;
 // Between the rightmost control and the tab's right edge.
 static const CGFloat kTabMargin = 2;
+// A tab's sloped ends beside its label, and the strip's before the first tab.
+static const CGFloat kTabEnds = 14;
 // Between the window's edges and the tab view, and the buttons.
 static const CGFloat kWindowMargin = 10;
 // Between the header's list and the tab view's right edge.
@@ -171,6 +173,15 @@ static void PlaceButtons(NSButton *ok, NSButton *close, CGFloat width, CGFloat g
 
 @implementation OptionsPanel (Layout)
 
+// The tabs' labels stand side by side along the tab view's top, each tab
+// drawn with sloped ends beside its label.
+- (CGFloat)tabLabelsWidth {
+  CGFloat width = kTabEnds;
+  for (NSTabViewItem *item in [myTabView tabViewItems])
+    width += [item sizeOfLabel:NO].width + kTabEnds;
+  return width;
+}
+
 // The window grows no further than the screen's right edge from where it
 // stands; a text that needs more is cut there.
 - (CGFloat)widestOnScreen {
@@ -188,7 +199,8 @@ static void PlaceButtons(NSButton *ok, NSButton *close, CGFloat width, CGFloat g
     [[item view] setFrame:[myTabView contentRect]];
     tabsNeed = MAX(tabsNeed, LayOutTab([item view]));
   }
-  CGFloat tabGrowth = MAX(0, ceil(tabsNeed - NSWidth([myTabView contentRect])));
+  CGFloat tabGrowth = MAX(0, ceil(MAX(tabsNeed - NSWidth([myTabView contentRect]),
+                                      [self tabLabelsWidth] - NSWidth([myTabView frame]))));
 
   NSArray *header = [content subviews];
   PushPastLabels(header, nil);
