@@ -696,9 +696,10 @@ static VALUE tabs(VALUE) {
         @"label" : [item label],
         @"selected" : Flag(item == [tabView selectedTabViewItem]),
         @"frame" : RectArray([[item view] frame]),
-        // How wide its label is drawn, and how wide the tab it is drawn on.
+        // How wide its label is drawn, and the tab it is drawn on, in window coordinates.
         @"label_width" : @([item sizeOfLabel:NO].width),
-        @"width" : @(NSWidth(TabSpan(tabView, [all count])))
+        @"drawn_in_window" : RectArray([tabView convertRect:TabSpan(tabView, [all count])
+                                                     toView:nil])
       }];
     return (id)all;
   });

@@ -9,7 +9,8 @@ require "json"
 class LayoutInEveryLanguageTest < Minitest::Test
   include PanelTest
 
-  LANGUAGES = %w[en de ja fr es it pt_br ru pl ko zh_cn pseudo].freeze
+  # The example tables, the pseudo-localized one, and tab labels longer than the tab view.
+  LANGUAGES = %w[en de ja fr es it pt_br ru pl ko zh_cn pseudo long_tabs].freeze
   # Beside its title a button needs room for a push button's rounded ends,
   # or for a check box's box and the gap after it.
   TITLE_ROOM = 20
@@ -27,6 +28,7 @@ class LayoutInEveryLanguageTest < Minitest::Test
 
   def texts_of(language)
     return self.class.pseudo_localized(OptionsPanelTexts::EN) if language == "pseudo"
+    return OptionsPanelTexts::EN.merge("opt-tab-bar-title2" => "Environment " * 6) if language == "long_tabs"
 
     require_relative "../examples/texts/#{language}"
     OptionsPanelTexts.const_get(language.upcase)
@@ -93,8 +95,10 @@ class LayoutInEveryLanguageTest < Minitest::Test
     LANGUAGES.each do |language|
       state = panel_with(texts_of(language))
       assert_equal [300, 400], state["window"]["frame"].first(2), "#{language}: the window keeps its origin"
+      tab_view = state["tabs"][0]["header"].find { |v| v["class"] == "NSTabView" }["drawn_in_window"]
       state["tab_labels"].each do |t|
-        assert_operator t["label_width"], :<=, t["width"] + TAB_STEP, "#{language}: tab #{t['label'].inspect} cut"
+        assert_operator t["label_width"], :<=, t["drawn_in_window"][2] + TAB_STEP, "#{language}: #{t['label']} cut"
+        assert inside?(t["drawn_in_window"], tab_view), "#{language}: tab #{t['label']} outside the tab view"
       end
       window = [0, 0] + state["window"]["content"].last(2)
       state["tabs"].each_with_index do |tab, index|
