@@ -88,8 +88,6 @@
 // the tab view and the window grow, only as far as a text needs. Texts that
 // fit leave every frame as it was built; the window keeps its origin.
 - (void)layOutForTexts;
-- (CGFloat)tabLabelsWidth;
-- (CGFloat)widestOnScreen;
 @end
 
 @interface OptionsPanel (Keyboard)

@@ -4,10 +4,11 @@
 
 // The panel is built at the frames that suit the English texts. Translations
 // are longer or shorter; this pass measures what each title needs and moves
-// or grows what must make room for it, in this order: a control to its title,
-// the controls a label names to the right of that label, a tab's right column
-// to the right of its left column, then the tab view, the header's list, the
-// window and its buttons to the widest tab.
+// or grows only what must make room for it. In each tab: a control to its
+// title, a button above to the row below it, the controls a label names past
+// that label, the right column past the left one. Then the tab view to its
+// widest tab and its tabs' labels, and the header's list, the window (up to
+// the screen's edge) and its buttons to the tab view.
 
 // Between the end of a label's text and the control beside it.
 static const CGFloat kLabelGap = 8;
@@ -130,9 +131,9 @@ static void KeepColumnsApart(NSArray *views, NSView *separator) {
     MoveBy(view, overlap);
 }
 
-// A font with tall lines (Chinese, for one) makes fitted boxes taller than the
-// rows they are stacked in; the upper of two boxes that would meet gives up
-// the bottom of its frame, which holds no drawing.
+// A font with tall lines (Chinese, for one) makes fitted check boxes taller
+// than the rows they are stacked in; the upper of two buttons that would meet
+// gives up the bottom of its frame, which holds no drawing.
 static void KeepRowsApart(NSArray *views) {
   for (NSView *upper in views)
     for (NSView *lower in views) {
@@ -171,6 +172,12 @@ static void PlaceButtons(NSButton *ok, NSButton *close, CGFloat width, CGFloat g
     MoveBy(ok, NSMinX([close frame]) - kButtonGap - NSMaxX([ok frame]));
 }
 
+@interface OptionsPanel (LayoutParts)
+- (CGFloat)tabViewGrowth;
+- (CGFloat)tabLabelsWidth;
+- (CGFloat)widestOnScreen;
+@end
+
 @implementation OptionsPanel (Layout)
 
 // The tabs' labels stand side by side along the tab view's top, each tab
@@ -190,20 +197,23 @@ static void PlaceButtons(NSButton *ok, NSButton *close, CGFloat width, CGFloat g
   return NSMaxX([screen visibleFrame]) - NSMinX([window frame]) - border;
 }
 
-- (void)layOutForTexts {
-  NSView *content = [window contentView];
-  CGFloat contentWidth = NSWidth([content frame]);
+// Lays out both tabs and returns how much wider the tab view must be.
+- (CGFloat)tabViewGrowth {
   CGFloat tabsNeed = 0;
   for (NSTabViewItem *item in [myTabView tabViewItems]) {
     // As the tab view will show it: the radio groups keep to the top edge.
     [[item view] setFrame:[myTabView contentRect]];
     tabsNeed = MAX(tabsNeed, LayOutTab([item view]));
   }
-  CGFloat tabGrowth = MAX(0, ceil(MAX(tabsNeed - NSWidth([myTabView contentRect]),
-                                      [self tabLabelsWidth] - NSWidth([myTabView frame]))));
+  return MAX(0, ceil(MAX(tabsNeed - NSWidth([myTabView contentRect]),
+                         [self tabLabelsWidth] - NSWidth([myTabView frame]))));
+}
 
-  NSArray *header = [content subviews];
-  PushPastLabels(header, nil);
+- (void)layOutForTexts {
+  NSView *content = [window contentView];
+  CGFloat contentWidth = NSWidth([content frame]);
+  CGFloat tabGrowth = [self tabViewGrowth];
+  PushPastLabels([content subviews], nil);
   CGFloat headerNeed = NSMinX([myPresetCombo frame]) + kMinListWidth + kListMargin + kWindowMargin;
   CGFloat buttonsNeed =
       NSWidth([m_pButton frame]) + kButtonGap + NSWidth([m_cButton frame]) + 2 * kWindowMargin;
@@ -227,5 +237,4 @@ static void PlaceButtons(NSButton *ok, NSButton *close, CGFloat width, CGFloat g
       [[item view] setFrame:[myTabView contentRect]];
   }
 }
-
 @end
