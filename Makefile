@@ -79,7 +79,7 @@ screenshots: build
 	@scripts/with-display.sh sh -c 'for lang in $(SHOT_LANGUAGES); do \
 	  $(BUILD_DIR)/velmar-host --timeout 60 scripts/screenshots.rb -- $$lang $(BUILD_DIR)/shots || exit 1; done'
 	@cp $(foreach lang,en de ja,$(BUILD_DIR)/shots/$(lang)-*.png) docs/images/
-	@montage -label '%t' -font DejaVu-Sans -pointsize 14 -geometry +8+8 -tile 4x -background '#dddddd' \
+	@montage -label '%t' -font DejaVu-Sans -pointsize 14 -geometry +8+8 -tile 4x -background '#dddddd' -depth 8 \
 	  $(foreach lang,$(SHOT_LANGUAGES),$(BUILD_DIR)/shots/$(lang)-image-changed.png \
 	  $(BUILD_DIR)/shots/$(lang)-environment-changed.png) docs/images/every-language.png
 
