@@ -61,12 +61,23 @@ compile_objects() {
   fi
 }
 
+# The libraries that the macOS branch of CMakeLists.txt links the bundle
+# with, and those that clang++ adds itself: libc++ and libSystem.
+bundle_libraries() {
+  "$RUBY" -rshellwords -e '
+    words = File.read(ARGV[0]).shellsplit
+    words = words.drop(words.rindex { |w| w.end_with?(".o") } + 1)
+    libraries = words.each_cons(2).select { |a, _| a == "-framework" }.flatten + words.grep(/\A-l/)
+    puts(libraries + %w[-lc++ -lSystem])' "$work/$1/cmake/CMakeFiles/$2.dir/link.txt"
+}
+
 # Links one bundle with every symbol resolved but those of Ruby's C API,
 # which stay to the process, each by name: the interpreter that loads the
 # bundle has them.
 link_bundle() {
   local arch=$1 level=$2 target=$3 root=$4 min_os=$5
-  local objects=("$work/$arch/O$level/$target"/*.o)
+  local objects=("$work/$arch/O$level/$target"/*.o) libraries=()
+  mapfile -t libraries < <(bundle_libraries "$arch" "$target")
   local ruby_symbols=()
   mapfile -t ruby_symbols < <("$llvm/llvm-nm" -u "${objects[@]}" 2>/dev/null | grep -E '^_(rb|ruby)_' | sort -u)
   local allowed=()
@@ -75,13 +86,14 @@ link_bundle() {
   done
   if ! "$llvm/ld64.lld" -arch "$arch" -platform_version macos "$min_os" 14.2 -syslibroot "$root" \
     -bundle -o "$work/$arch/O$level/$target.bundle" "${objects[@]}" \
-    -framework AppKit -framework Foundation -lobjc -lc++ -lSystem \
+    "${libraries[@]}" \
     -undefined error "${allowed[@]}" >"$work/$arch/O$level/$target.link.log" 2>&1; then
     head -n 40 "$work/$arch/O$level/$target.link.log" >&2
     echo "check-macos: $arch -O$level: linking $target FAILED"
     return 1
   fi
-  echo "check-macos: $arch -O$level: $target.bundle linked, ${#ruby_symbols[@]} Ruby symbols left to the host"
+  echo "check-macos: $arch -O$level: $target.bundle linked with ${libraries[*]}," \
+    "${#ruby_symbols[@]} Ruby symbols left to the host"
 }
 
 link_arch() {
