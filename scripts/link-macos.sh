@@ -119,7 +119,8 @@ documented_exports() {
 # checked: its exports are the documented ones, and nothing but Ruby is
 # left to the process (bound by name in any image, "flat-namespace").
 universal_bundle() {
-  local target=$1 out=$work/universal/$target.bundle arch
+  local target=$1 arch
+  local out=$work/universal/$target.bundle
   mkdir -p "$work/universal"
   "$llvm/llvm-lipo" -create "$work"/{arm64,x86_64}/O2/"$target.bundle" -output "$out"
   echo "check-macos: $target.bundle: architectures: $("$llvm/llvm-lipo" -archs "$out")"
@@ -132,7 +133,7 @@ universal_bundle() {
     flat=$("$llvm/llvm-objdump" --macho --arch="$arch" --bind --lazy-bind --weak-bind "$out" |
       awk '/flat-namespace/ {print $NF}' | grep -vE '^_(rb|ruby)_' || true)
     if [[ -n $flat ]]; then
-      echo "check-macos: $target.bundle ($arch) leaves more than Ruby to the host: $flat"
+      echo "check-macos: $target.bundle ($arch) leaves more than Ruby to the host:" $flat
       return 1
     fi
   done
