@@ -57,6 +57,7 @@ check-cxx14: deps
 # Every source of both extensions and the reference host compiled against
 # Apple's SDK headers, as the macOS branch of CMakeLists.txt compiles them,
 # warnings as errors: arm64 and x86_64 with MACOS_SDK, i386 with MACOS_SDK_1013.
+# With both, both bundles linked for arm64 and x86_64 and checked (ld64.lld).
 # Without either it says it was skipped (docs/MACOS.md says where to get them).
 check-macos:
 	@scripts/check-macos.sh "$(MACOS_SDK)" "$(MACOS_SDK_1013)"

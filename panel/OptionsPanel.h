@@ -7,11 +7,6 @@
 #include "panel/choices.h"
 #include "panel/panel_api.h"
 
-// The panel's window: it gives the controller the keys that move the focus,
-// switch tabs and close the panel before the focused control sees them.
-@interface VOPKeyPanel : NSPanel
-@end
-
 @interface OptionsPanel
     : NSWindowController <NSWindowDelegate, NSTextFieldDelegate, NSTabViewDelegate> {
 @public
@@ -95,10 +90,15 @@
 - (NSArray *)focusOrder;
 // The control that has the keyboard focus (a field being edited included), or nil.
 - (NSView *)focusedControl;
+// Links the focus order into the window's key-view loop; each change of the
+// tab shown or of a control's enabled state calls it.
+- (void)linkKeyViewLoop;
 - (void)focusFirstControlOfShownTab;
 - (void)tabView:(NSTabView *)tabView didSelectTabViewItem:(NSTabViewItem *)item;
-// Whether the panel took the key itself: Tab, Shift+Tab, Ctrl+Tab, Ctrl+Shift+Tab, Escape.
-- (BOOL)handleKeyDown:(NSEvent *)event;
+- (void)cancelOperation:(id)sender;
+- (BOOL)control:(NSControl *)control
+               textView:(NSTextView *)textView
+    doCommandBySelector:(SEL)command;
 @end
 
 @interface OptionsPanel (Apply)

@@ -1,5 +1,6 @@
 #import "panel/controls.h"
 
+#import "panel/OptionsPanel.h"
 #import "platform/platform.h"
 
 // A rectangle of the given height, centred across the frame's height, on whole points.
@@ -263,8 +264,11 @@ void SelectComboIndex(NSComboBox *combo, NSInteger index) {
 }
 
 void SetEnabled(NSControl *control, BOOL enabled) {
-  if (![control isEnabled] != !enabled)
-    [control setEnabled:enabled];
+  if (![control isEnabled] == !enabled)
+    return;
+  [control setEnabled:enabled];
+  // Tab skips a disabled control and reaches it again once enabled.
+  [[OptionsPanel sharedController] linkKeyViewLoop];
 }
 
 void SetFieldEnabled(NSTextField *field, BOOL enabled) {

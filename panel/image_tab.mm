@@ -68,6 +68,8 @@ static NSArray *SizeItems() {
   [controls addObject:aISLMatrix];
   mySaveLocText = MakeTextField(NSMakeRect(210, 20, 130, 22));
   [mySaveLocText setTarget:self];
+  // Escape while the field is edited (panel/keyboard.mm).
+  [mySaveLocText setDelegate:self];
   [controls addObject:mySaveLocText];
   myDirButton =
       MakePushButton(NSMakeRect(340, 10, 40, 40), @"...", self, @selector(onDirClicked), NO);

@@ -1,35 +1,12 @@
 #import "panel/OptionsPanel.h"
 
 // What a key does on the panel, as AppKit dialogs behave with full keyboard
-// access. The panel keeps its own order of controls rather than the toolkit's
-// key-view chain: GNUstep chains a tab's views in the order of their frames,
-// which interleaves the two columns and the header, and a chain that reaches a
-// non-editable combo box stays there (its field editor keeps Tab to itself).
-
-// Characters of the keys the panel handles itself.
-static const unichar kTabKey = '\t';
-static const unichar kBackTabKey = 0x19;
-static const unichar kEscapeKey = 0x1b;
-
-@implementation VOPKeyPanel
-
-- (void)sendEvent:(NSEvent *)event {
-  if ([event type] == NSEventTypeKeyDown && [[self delegate] isKindOfClass:[OptionsPanel class]] &&
-      [(OptionsPanel *)[self delegate] handleKeyDown:event])
-    return;
-  [super sendEvent:event];
-}
-
-@end
-
-// An open list of a combo box is a window of its own at the pop-up level; while
-// it shows, it takes the keys that close it.
-static BOOL PopUpListIsOpen() {
-  for (NSWindow *window in [NSApp windows])
-    if ([window isVisible] && [window level] == NSPopUpMenuWindowLevel)
-      return YES;
-  return NO;
-}
+// access. The enabled controls on screen form the window's key-view loop in
+// the order a person reads the panel, linked again whenever the tab shown or
+// a control's enabled state changes. AppKit walks that loop on Tab (as far as
+// the user's keyboard-navigation setting reaches), sends Escape up the
+// responder chain as cancelOperation: and lets its tab view take Ctrl+Tab.
+// GNUstep takes those keys itself (platform/keyboard.mm).
 
 // Only the shown tab's controls are asked, and those are all on the window.
 static BOOL CanTakeFocus(NSView *control) {
@@ -68,32 +45,26 @@ static BOOL CanTakeFocus(NSView *control) {
 // the size mode group, on the Environment tab the background group. Both are
 // always enabled and start their tab's reading order; a field or a list first
 // would take the first keys as an edit.
-- (void)focusFirstControlOfShownTab {
+- (NSView *)firstControlOfShownTab {
   for (NSView *control in [self shownTabKeyOrder])
-    if (CanTakeFocus(control)) {
-      [window makeFirstResponder:control];
-      return;
-    }
+    if (CanTakeFocus(control))
+      return control;
+  return nil;
 }
 
-- (void)moveFocusBy:(NSInteger)step {
+- (void)linkKeyViewLoop {
   NSArray *order = [self focusOrder];
-  NSInteger count = (NSInteger)[order count];
-  if (count == 0)
-    return;
-  NSUInteger current = [order indexOfObjectIdenticalTo:[self focusedControl]];
-  NSInteger next;
-  if (current == NSNotFound)
-    next = step > 0 ? 0 : count - 1;
-  else
-    next = ((NSInteger)current + step + count) % count;
-  [window makeFirstResponder:[order objectAtIndex:next]];
+  NSUInteger count = [order count];
+  for (NSUInteger i = 0; i < count; ++i)
+    [[order objectAtIndex:i] setNextKeyView:[order objectAtIndex:(i + 1) % count]];
+  [window setInitialFirstResponder:[self firstControlOfShownTab]];
 }
 
-- (void)showTabBy:(NSInteger)step {
-  NSInteger count = [myTabView numberOfTabViewItems];
-  NSInteger shown = [myTabView indexOfTabViewItem:[myTabView selectedTabViewItem]];
-  [myTabView selectTabViewItemAtIndex:(shown + step + count) % count];
+- (void)focusFirstControlOfShownTab {
+  [self linkKeyViewLoop];
+  NSView *first = [self firstControlOfShownTab];
+  if (first)
+    [window makeFirstResponder:first];
 }
 
 // The focus follows into a tab the user shows, by key or by click.
@@ -101,27 +72,19 @@ static BOOL CanTakeFocus(NSView *control) {
   [self focusFirstControlOfShownTab];
 }
 
-- (BOOL)handleKeyDown:(NSEvent *)event {
-  NSString *characters = [event charactersIgnoringModifiers];
-  if ([characters length] != 1 || PopUpListIsOpen())
+// Escape, and Cmd+period, from any control: the window hands it to its controller.
+- (void)cancelOperation:(id)sender {
+  [self onCloseClicked];
+}
+
+// A field being edited gets Escape first, and its field editor would offer
+// completions with it; the panel closes as from any other control.
+- (BOOL)control:(NSControl *)control
+               textView:(NSTextView *)textView
+    doCommandBySelector:(SEL)command {
+  if (command != @selector(cancelOperation:))
     return NO;
-  unichar key = [characters characterAtIndex:0];
-  NSEventModifierFlags flags = [event modifierFlags];
-  BOOL backwards = key == kBackTabKey || (flags & NSEventModifierFlagShift);
-  if (key == kEscapeKey) {
-    // Also while a field is edited, where GNUstep's field editor swallows Escape.
-    [self onCloseClicked];
-    return YES;
-  }
-  NSView *focused = [self focusedControl];
-  if ((key == NSDownArrowFunctionKey || key == ' ') && [focused isKindOfClass:[NSComboBox class]])
-    return OpenComboListFromKey((NSComboBox *)focused);
-  if (key != kTabKey && key != kBackTabKey)
-    return NO;
-  if (flags & NSEventModifierFlagControl)
-    [self showTabBy:backwards ? -1 : 1];
-  else
-    [self moveFocusBy:backwards ? -1 : 1];
+  [self onCloseClicked];
   return YES;
 }
 

@@ -47,6 +47,16 @@ static inline CGWindowLevel CGWindowLevelForKey(CGWindowLevelKey) {
 @compatibility_alias VOPPanelTabView NSTabView;
 #endif
 
+// The panel's window. On GNUstep it gives the controller the keys that move
+// the focus, switch tabs and close the panel before the focused control sees
+// them (platform/keyboard.mm says why); AppKit's own window handles them.
+#ifdef GNUSTEP
+@interface VOPKeyPanel : NSPanel
+@end
+#else
+@compatibility_alias VOPKeyPanel NSPanel;
+#endif
+
 // GNUstep draws a radio button's title two points after its circle, and a
 // letter that reaches to the left, as the J of "JPEG" does, touches the
 // circle; this cell leaves the title a little more room, as AppKit does.
@@ -79,22 +89,6 @@ static inline void DrawMissingSliderFocusRing(NSRect bar, NSView *view) {
 #else
   (void)bar;
   (void)view;
-#endif
-}
-
-// GNUstep's non-editable combo box opens its list only for a click on its
-// button, so a person at the keyboard could never pick an item: a key opens it
-// the way that button does. AppKit's combo box handles its keys itself (NO).
-static inline BOOL OpenComboListFromKey(NSComboBox *combo) {
-#ifdef GNUSTEP
-  SEL open = NSSelectorFromString(@"_didClickWithinButton:");
-  if (![[combo cell] respondsToSelector:open])
-    return NO;
-  [[combo cell] performSelector:open withObject:combo];
-  return YES;
-#else
-  (void)combo;
-  return NO;
 #endif
 }
 

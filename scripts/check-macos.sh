@@ -8,8 +8,9 @@
 # SDK (MacOSX 11 or newer, with libc++): arm64 and x86_64, for macOS 10.13,
 # against this machine's Ruby headers with a ruby/config.h for Darwin derived
 # from its own. SDK_10_13 (MacOSX 10.13): i386, against that SDK's Ruby 2.3
-# headers, with Debian's libc++ headers, which that SDK lacks. Without an SDK
-# it says so and passes: there is nothing to compile against.
+# headers, with Debian's libc++ headers, which that SDK lacks. With both,
+# scripts/link-macos.sh then links the bundles for arm64 and x86_64 and checks
+# them. Without an SDK it says so and passes: there is nothing to compile against.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -112,21 +113,29 @@ EOF
   echo "check-macos: $arch ($target, $(basename "$sysroot")): $count sources, no error, no warning"
 }
 
+scripts/install-deps.sh --macos
 status=0
 if [[ -n $sdk ]]; then
   config=$(darwin_ruby_config)
   hdr=$("$RUBY" -e 'print RbConfig::CONFIG["rubyhdrdir"]')
   check_arch arm64 arm64-apple-macos "$sdk" "$hdr" "$config" || status=1
   check_arch x86_64 x86_64-apple-macos "$sdk" "$hdr" "$config" || status=1
+  # Linking needs libSystem's and the C++ library's stubs, which only the
+  # 10.13 SDK's copy holds.
+  if [[ $status -eq 0 && -n $sdk_1013 ]]; then
+    scripts/link-macos.sh "$sdk" "$sdk_1013" "$work" || status=1
+  elif [[ $status -eq 0 ]]; then
+    echo "check-macos: linking skipped: it takes libSystem and libc++ from the 10.13 SDK (MACOS_SDK_1013=<dir>)"
+  fi
 else
   echo "check-macos: arm64, x86_64: skipped: no current SDK given (MACOS_SDK=<dir>)"
 fi
 if [[ -n $sdk_1013 ]]; then
-  scripts/install-deps.sh --macos
   ruby_framework=$sdk_1013/System/Library/Frameworks/Ruby.framework/Versions/2.3/usr/include/ruby-2.3.0
   libcxx=$(find /usr/lib -maxdepth 4 -path '/usr/lib/llvm-*/include/c++/v1' | sort -V | tail -n 1)
   check_arch i386 i386-apple-macos "$sdk_1013" "$ruby_framework" \
     "$ruby_framework/universal-darwin17" "-nostdinc++ -isystem $libcxx" || status=1
+  echo "check-macos: i386: compiled only: LLVM's Mach-O linker (ld64.lld) has no i386 target"
 else
   echo "check-macos: i386: skipped: no 10.13 SDK given (MACOS_SDK_1013=<dir>)"
 fi

@@ -36,8 +36,9 @@ if [[ ${1:-} == --bench ]]; then
   packages+=(ruby-gtk3 ruby-webkit2-gtk)
 fi
 if [[ ${1:-} == --macos ]]; then
-  # The C++ library's headers, which the 10.13 SDK does not hold.
-  packages+=(libc++-14-dev)
+  # The C++ library's headers, which the 10.13 SDK does not hold; LLVM's
+  # Mach-O linker, and its lipo, otool, nm and objdump for the bundles.
+  packages+=(libc++-14-dev lld llvm)
 fi
 
 missing=()
