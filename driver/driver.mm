@@ -12,9 +12,11 @@
 
 #include "binding/cxx_guard.h"
 #include "binding/exports.h"
+#include "binding/first_copy.h"
 #include "binding/jump.h"
 #include "driver/control_names.h"
 #import "platform/platform.h"
+#include "platform/first_copy_classes.h"
 
 // A slider that draws, and takes presses, on a track narrower than its frame.
 @interface NSView (Track)
@@ -66,6 +68,8 @@
     [NSApp abortModal];
 }
 @end
+
+const char velmar::kFirstCopyMarkerClass[] = "VOPFolderChooserAnswer";
 
 static VOPFolderChooserAnswer *pendingAnswer = nil;
 
@@ -873,6 +877,8 @@ static void define(VALUE module, const char *name, VALUE (*function)(ANYARGS), i
 
 extern "C" __attribute__((visibility("default"))) void Init_OptionsPanelDriver() {
   VALUE driver = rb_define_module("OptionsPanelDriver");
+  if (!velmar::claim_first_copy(driver, reinterpret_cast<const void *>(&Init_OptionsPanelDriver)))
+    return;
   define(driver, "click", VELMAR_GUARDED(click), 1);
   define(driver, "press", VELMAR_GUARDED(press), 1);
   define(driver, "click_later", VELMAR_GUARDED(click_later), 2);
