@@ -14,7 +14,7 @@ static VALUE set_box(Option option, VALUE on) {
 
 static VALUE set_slider(Slider slider, VALUE value) {
   ensure_panel();
-  int32_t number = int32_argument(value);
+  int32_t number = int32_argument(value, "value");
   return raise_or_true(attempt([=] { return panel::set_slider(slider, number); }));
 }
 
@@ -56,7 +56,7 @@ VALUE _set_environment_contrast(VALUE, VALUE value) {
 
 VALUE _set_environment_background(VALUE, VALUE background) {
   ensure_panel();
-  VALUE word = string_argument(background);
+  VALUE word = string_argument(background, "background");
   return raise_or_true(
       attempt([=] { return panel::set_background(kBackgrounds.named(word_text(word))); }));
 }

@@ -40,7 +40,7 @@ PanelTexts panel_texts(VALUE values) {
 
 VALUE _options_panel_title_assign(VALUE, VALUE title) {
   ensure_panel();
-  string_argument(title);
+  string_argument(title, "title");
   return Qtrue;
 }
 
