@@ -1,5 +1,6 @@
 #include "binding/convert.h"
 #include "binding/script_call.h"
+#include "binding/taken_words.h"
 
 namespace velmar {
 
@@ -57,6 +58,7 @@ VALUE _set_environment_contrast(VALUE, VALUE value) {
 VALUE _set_environment_background(VALUE, VALUE background) {
   ensure_panel();
   VALUE word = string_argument(background, "background");
+  warn_if_taken_as_last(word, "background", kBackgrounds);
   return raise_or_true(
       attempt([=] { return panel::set_background(kBackgrounds.named(word_text(word))); }));
 }

@@ -1,5 +1,6 @@
 #include "binding/convert.h"
 #include "binding/script_call.h"
+#include "binding/taken_words.h"
 
 #include <algorithm>
 
@@ -15,6 +16,7 @@ VALUE _set_output_dimensions(VALUE, VALUE mode, VALUE width, VALUE height, VALUE
   int32_t vw = int32_argument(viewport_width, "viewport_width");
   raise_or_true(attempt([=] { return panel::remember_viewport_width(vw); }));
   int32_t vh = int32_argument(viewport_height, "viewport_height");
+  warn_if_taken_as_last(mode_text, "mode", kSizeModes);
   raise_or_true(attempt([=] { return panel::remember_viewport_height(vh); }));
   return raise_or_true(attempt(
       [=] { return panel::set_output_dimensions(kSizeModes.named(word_text(mode_text)), w, h); }));
@@ -23,6 +25,7 @@ VALUE _set_output_dimensions(VALUE, VALUE mode, VALUE width, VALUE height, VALUE
 VALUE _output_format(VALUE, VALUE format) {
   ensure_panel();
   VALUE text = string_argument(format, "format");
+  warn_if_taken_as_last(text, "format", kImageFormats, kTransparentPngWord);
   return raise_or_true(attempt([=] {
     Word word = word_text(text);
     bool transparent = word == kTransparentPngWord;
@@ -40,6 +43,7 @@ VALUE _set_output_directory(VALUE, VALUE mode, VALUE folder) {
   ensure_panel();
   VALUE mode_text = string_argument(mode, "mode");
   VALUE folder_text = string_argument(folder, "folder");
+  warn_if_taken_as_last(mode_text, "mode", kSaveLocations);
   return raise_or_true(attempt([=] {
     return panel::set_output_directory(kSaveLocations.named(word_text(mode_text)),
                                        utf8_text(folder_text));

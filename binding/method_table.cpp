@@ -79,7 +79,7 @@ void _options_panel_define() {
   // The function itself, not the macro that newer Rubies put in its place for C++.
   for (const Method &method : kMethods)
     (rb_define_method)(klass, method.name, method.handler, method.arity);
-  init_text_table();
+  init_text_table(klass);
   init_observers();
 }
 
