@@ -77,7 +77,7 @@ screenshots: build
 	  $(BUILD_DIR)/velmar-host --timeout 60 scripts/screenshots.rb -- $$lang docs/images || exit 1; done'
 
 format:
-	@clang-format -i binding/*.cpp binding/*.h panel/*.mm panel/*.h panel/*.cpp platform/*.h driver/*.mm \
+	@clang-format -i binding/*.cpp binding/*.h panel/*.mm panel/*.h panel/*.cpp platform/*.h platform/*.cpp driver/*.mm \
 	  host/*.mm host/*.cpp host/*.h
 
 clean:
