@@ -1,6 +1,5 @@
 require_relative "test_helper"
-require_relative "../examples/texts/de"
-require_relative "../examples/texts/ja"
+Dir["#{__dir__}/../examples/texts/*.rb"].sort.each { |table| require File.expand_path(table) }
 
 # Nothing is refused, but under `ruby -w` a plugin hears what was taken as another.
 class VerboseWarningsTest < Minitest::Test
@@ -36,8 +35,12 @@ class VerboseWarningsTest < Minitest::Test
                   "Velmar::OptionsPanelWindow::TEXT_KEYS", "#{new} is Array, not a Hash; the panel shows every key"],
                  warnings(true) { [Velmar::OptionsPanelWindow.new(table), Velmar::OptionsPanelWindow.new([])] }
     assert_equal [], warnings(false) { Velmar::OptionsPanelWindow.new(table) }
-    [OptionsPanelTexts::DE, OptionsPanelTexts::JA, TEXTS].each do |texts|
-      assert_equal [[], Velmar::OptionsPanelWindow::TEXT_KEYS], [warnings(true) { Velmar::OptionsPanelWindow.new(texts) }, texts.keys]
+    # Every example table, whatever languages examples/texts/ holds.
+    assert_operator OptionsPanelTexts.constants.size, :>=, 3
+    OptionsPanelTexts.constants.each do |language|
+      texts = OptionsPanelTexts.const_get(language)
+      assert_equal [[], Velmar::OptionsPanelWindow::TEXT_KEYS], [warnings(true) { Velmar::OptionsPanelWindow.new(texts) }, texts.keys], language
     end
+    Velmar::OptionsPanelWindow.new(TEXTS)
   end
 end
