@@ -6,13 +6,51 @@
 
 namespace velmar {
 
-VALUE string_argument(VALUE value) {
+namespace {
+
+VALUE to_string(VALUE value) {
   StringValue(value);
   return value;
 }
 
-int32_t int32_argument(VALUE value) {
-  return NUM2INT(value);
+VALUE to_int32(VALUE value) {
+  return INT2NUM(NUM2INT(value));
+}
+
+// "Integer 4294967296" for a number, whose value says what is wrong with it;
+// the class alone for anything else.
+VALUE described(VALUE value) {
+  VALUE name = rb_class_name(rb_obj_class(value));
+  if (RB_INTEGER_TYPE_P(value) || RB_FLOAT_TYPE_P(value))
+    return rb_sprintf("%" PRIsVALUE " %" PRIsVALUE, name, rb_inspect(value));
+  return name;
+}
+
+// Runs Ruby's own conversion; a TypeError or RangeError it raises (or one of
+// their subclasses) is raised again, of the same class, naming the method
+// that is running and the argument. Anything else goes on as it was.
+VALUE converted(VALUE (*convert)(VALUE), VALUE value, const char *expected, const char *argument) {
+  int state = 0;
+  VALUE result = rb_protect(convert, value, &state);
+  if (!state)
+    return result;
+  VALUE error = rb_errinfo();
+  if (!rb_obj_is_kind_of(error, rb_eTypeError) && !rb_obj_is_kind_of(error, rb_eRangeError))
+    rb_jump_tag(state);
+  rb_set_errinfo(Qnil);
+  VALUE message = rb_sprintf("%" PRIsVALUE ": %s must be %s (got %" PRIsVALUE ")",
+                             rb_id2str(rb_frame_this_func()), argument, expected, described(value));
+  rb_exc_raise(rb_exc_new_str(rb_obj_class(error), rb_enc_associate(message, rb_utf8_encoding())));
+}
+
+} // namespace
+
+VALUE string_argument(VALUE value, const char *argument) {
+  return converted(to_string, value, "a String", argument);
+}
+
+int32_t int32_argument(VALUE value, const char *argument) {
+  return NUM2INT(converted(to_int32, value, "an Integer from -2147483648 to 2147483647", argument));
 }
 
 std::string utf8_text(VALUE string) {

@@ -11,9 +11,11 @@
 namespace velmar {
 
 // The String itself (or what to_str gives); TypeError for anything else.
-VALUE string_argument(VALUE value);
+// `argument` is the argument's name in docs/API.md: a failed conversion keeps
+// its class and its message names the method and the argument.
+VALUE string_argument(VALUE value, const char *argument);
 // NUM2INT's conversion: TypeError or RangeError for what does not fit 32 bits.
-int32_t int32_argument(VALUE value);
+int32_t int32_argument(VALUE value, const char *argument);
 // Only true is on.
 inline bool bool_argument(VALUE value) {
   return value == Qtrue;

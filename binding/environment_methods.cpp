@@ -1,5 +1,6 @@
 #include "binding/convert.h"
 #include "binding/script_call.h"
+#include "binding/taken_words.h"
 
 namespace velmar {
 
@@ -14,7 +15,7 @@ static VALUE set_box(Option option, VALUE on) {
 
 static VALUE set_slider(Slider slider, VALUE value) {
   ensure_panel();
-  int32_t number = int32_argument(value);
+  int32_t number = int32_argument(value, "value");
   return raise_or_true(attempt([=] { return panel::set_slider(slider, number); }));
 }
 
@@ -56,7 +57,8 @@ VALUE _set_environment_contrast(VALUE, VALUE value) {
 
 VALUE _set_environment_background(VALUE, VALUE background) {
   ensure_panel();
-  VALUE word = string_argument(background);
+  VALUE word = string_argument(background, "background");
+  warn_if_taken_as_last(word, "background", kBackgrounds);
   return raise_or_true(
       attempt([=] { return panel::set_background(kBackgrounds.named(word_text(word))); }));
 }

@@ -25,6 +25,11 @@ OPTIONS_PANEL_EXPORT void OptionsPanel_resume_held_jump();
 // on the stack: a jump left stale by an earlier action goes on first.
 OPTIONS_PANEL_EXPORT VALUE OptionsPanel_hold_observer_errors(void (*action)(void *), void *context);
 
+// For the test driver's reset: forgets every observer, then, once the panel is
+// built, closes it unheard and puts every control back as it was built. Raises
+// as a script method does.
+OPTIONS_PANEL_EXPORT void OptionsPanel_reset();
+
 // One of the functions above as found in the process, typed as declared
 // there; nullptr while the extension is not loaded.
 #define OPTIONS_PANEL_FIND(function)                                                               \

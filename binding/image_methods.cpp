@@ -1,5 +1,6 @@
 #include "binding/convert.h"
 #include "binding/script_call.h"
+#include "binding/taken_words.h"
 
 #include <algorithm>
 
@@ -8,13 +9,14 @@ namespace velmar {
 VALUE _set_output_dimensions(VALUE, VALUE mode, VALUE width, VALUE height, VALUE viewport_width,
                              VALUE viewport_height) {
   ensure_panel();
-  VALUE mode_text = string_argument(mode);
-  int32_t w = int32_argument(width);
-  int32_t h = int32_argument(height);
+  VALUE mode_text = string_argument(mode, "mode");
+  int32_t w = int32_argument(width, "width");
+  int32_t h = int32_argument(height, "height");
   // The viewport size is remembered as each half converts, whatever fails later.
-  int32_t vw = int32_argument(viewport_width);
+  int32_t vw = int32_argument(viewport_width, "viewport_width");
   raise_or_true(attempt([=] { return panel::remember_viewport_width(vw); }));
-  int32_t vh = int32_argument(viewport_height);
+  int32_t vh = int32_argument(viewport_height, "viewport_height");
+  warn_if_taken_as_last(mode_text, "mode", kSizeModes);
   raise_or_true(attempt([=] { return panel::remember_viewport_height(vh); }));
   return raise_or_true(attempt(
       [=] { return panel::set_output_dimensions(kSizeModes.named(word_text(mode_text)), w, h); }));
@@ -22,7 +24,8 @@ VALUE _set_output_dimensions(VALUE, VALUE mode, VALUE width, VALUE height, VALUE
 
 VALUE _output_format(VALUE, VALUE format) {
   ensure_panel();
-  VALUE text = string_argument(format);
+  VALUE text = string_argument(format, "format");
+  warn_if_taken_as_last(text, "format", kImageFormats, kTransparentPngWord);
   return raise_or_true(attempt([=] {
     Word word = word_text(text);
     bool transparent = word == kTransparentPngWord;
@@ -38,8 +41,9 @@ VALUE _set_output_format(VALUE, VALUE, VALUE, VALUE) {
 
 VALUE _set_output_directory(VALUE, VALUE mode, VALUE folder) {
   ensure_panel();
-  VALUE mode_text = string_argument(mode);
-  VALUE folder_text = string_argument(folder);
+  VALUE mode_text = string_argument(mode, "mode");
+  VALUE folder_text = string_argument(folder, "folder");
+  warn_if_taken_as_last(mode_text, "mode", kSaveLocations);
   return raise_or_true(attempt([=] {
     return panel::set_output_directory(kSaveLocations.named(word_text(mode_text)),
                                        utf8_text(folder_text));
@@ -56,7 +60,7 @@ static VALUE forward_slash_copy(VALUE text) {
 }
 
 VALUE _output_directory(VALUE, VALUE path) {
-  return forward_slash_copy(string_argument(path));
+  return forward_slash_copy(string_argument(path, "path"));
 }
 
 } // namespace velmar

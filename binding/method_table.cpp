@@ -1,6 +1,7 @@
 #include "binding/method_table.h"
 
 #include "binding/cxx_guard.h"
+#include "binding/first_copy.h"
 #include "binding/observers.h"
 #include "binding/text_table.h"
 
@@ -73,10 +74,12 @@ static const Method kMethods[] = {
 void _options_panel_define() {
   VALUE module = rb_define_module("Velmar");
   VALUE klass = rb_define_class_under(module, "OptionsPanelWindow", rb_cObject);
+  if (!claim_first_copy(klass, reinterpret_cast<const void *>(&_options_panel_define)))
+    return;
   // The function itself, not the macro that newer Rubies put in its place for C++.
   for (const Method &method : kMethods)
     (rb_define_method)(klass, method.name, method.handler, method.arity);
-  init_text_table();
+  init_text_table(klass);
   init_observers();
 }
 

@@ -124,6 +124,10 @@ void init_observers() {
   set_event_sink(panel_event_sink);
 }
 
+void forget_observers() {
+  rb_ary_clear(options_panel_observers);
+}
+
 VALUE _options_panel_observe(VALUE, VALUE observer) {
   rb_ary_push(options_panel_observers, observer);
   return Qtrue;

@@ -10,6 +10,9 @@ namespace velmar {
 // Makes the empty observer list and lets the panel's events reach it.
 void init_observers();
 
+// Empties the observer list.
+void forget_observers();
+
 // Calls the public method named after the event on every observer that has
 // one, in the order of registration, with the one payload Array. An observer
 // that raises does not stop the others.

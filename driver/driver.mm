@@ -7,14 +7,20 @@
 #include <ruby.h>
 #include <objc/runtime.h>
 
+#include <algorithm>
 #include <cstdarg>
+#include <cstdint>
 #include <ctime>
+#include <vector>
 
 #include "binding/cxx_guard.h"
 #include "binding/exports.h"
+#include "binding/first_copy.h"
 #include "binding/jump.h"
 #include "driver/control_names.h"
 #import "platform/platform.h"
+#include "platform/first_copy_classes.h"
+#include "platform/threads.h"
 
 // A slider that draws, and takes presses, on a track narrower than its frame.
 @interface NSView (Track)
@@ -67,6 +73,8 @@
 }
 @end
 
+const char velmar::kFirstCopyMarkerClass[] = "VOPFolderChooserAnswer";
+
 static VOPFolderChooserAnswer *pendingAnswer = nil;
 
 // The extension's controller class, or Nil while the extension is not loaded.
@@ -92,6 +100,36 @@ static void Refuse(NSString *format, ...) {
   va_end(args);
 }
 
+// How many letters must be added, dropped or changed to make one name the other.
+static size_t EditDistance(const char *a, const char *b) {
+  size_t lengthB = strlen(b);
+  std::vector<size_t> row(lengthB + 1);
+  for (size_t j = 0; j <= lengthB; ++j)
+    row[j] = j;
+  for (size_t i = 1; a[i - 1]; ++i) {
+    size_t diagonal = row[0];
+    row[0] = i;
+    for (size_t j = 1; j <= lengthB; ++j) {
+      size_t above = row[j];
+      row[j] = std::min({above + 1, row[j - 1] + 1, diagonal + (a[i - 1] != b[j - 1])});
+      diagonal = above;
+    }
+  }
+  return row[lengthB];
+}
+
+// The readable names nearest to an unknown one, at most three.
+static NSString *NearestNames(const char *name) {
+  size_t best = SIZE_MAX;
+  for (const ControlName &entry : kControlNames)
+    best = std::min(best, EditDistance(name, entry.readable));
+  NSMutableArray *nearest = [NSMutableArray array];
+  for (const ControlName &entry : kControlNames)
+    if (EditDistance(name, entry.readable) == best && [nearest count] < 3)
+      [nearest addObject:[NSString stringWithUTF8String:entry.readable]];
+  return [nearest componentsJoinedByString:@", "];
+}
+
 // Only an instance variable that holds a view is a control: reading any other
 // as an object would crash.
 static id ControlNamed(const char *name) {
@@ -99,7 +137,7 @@ static id ControlNamed(const char *name) {
   Ivar ivar = class_getInstanceVariable([controller class], ControllerName(name));
   id view = ivar && ivar_getTypeEncoding(ivar)[0] == '@' ? object_getIvar(controller, ivar) : nil;
   if (![view isKindOfClass:[NSView class]])
-    Refuse(@"no control named %s", name);
+    Refuse(@"no control named %s (nearest: %@)", name, NearestNames(name));
   return view;
 }
 
@@ -256,13 +294,29 @@ static NSTabViewItem *TabAt(long index) {
   return [tabView tabViewItemAtIndex:index];
 }
 
-// A user acts only on what shows: a control on the window, on the tab that
-// is selected, and enabled. `what` names it in the refusal.
-static id Reachable(NSView *view, NSString *what) {
+// A user can act only while the panel is on screen.
+static NSWindow *ShownPanel(NSString *what) {
+  NSWindow *window = PanelWindow();
+  if (![window isVisible])
+    Refuse(@"%@ is not on screen: the panel is closed", what);
+  return window;
+}
+
+// A control on a tab that is not selected is refused with the tab's index,
+// which choose_tab takes, and its label, which the user reads.
+static void RefuseIfOnHiddenTab(NSView *view, NSString *what) {
   NSTabView *tabView = Tabs();
   for (NSTabViewItem *item in [tabView tabViewItems])
     if (item != [tabView selectedTabViewItem] && [view isDescendantOf:[item view]])
-      Refuse(@"%@ is on the tab \"%@\", which is not showing", what, [item identifier]);
+      Refuse(@"%@ is on tab %ld (\"%@\"), which is not showing", what,
+             (long)[tabView indexOfTabViewItem:item], [item label]);
+}
+
+// A user acts only on what shows: a control of the panel on screen, on the
+// tab that is selected, and enabled. `what` names it in the refusal.
+static id Reachable(NSView *view, NSString *what) {
+  ShownPanel(what);
+  RefuseIfOnHiddenTab(view, what);
   if (![view window])
     Refuse(@"%@ is not on the window", what);
   if ([view isKindOfClass:[NSControl class]] && ![(NSControl *)view isEnabled])
@@ -455,7 +509,7 @@ static VALUE press_return(VALUE, VALUE name) {
 
 static VALUE close_box(VALUE) {
   return Drive([] {
-    [PanelWindow() performClose:nil];
+    [ShownPanel(@"the close box") performClose:nil];
     return (id)nil;
   });
 }
@@ -463,6 +517,7 @@ static VALUE close_box(VALUE) {
 static VALUE choose_tab(VALUE, VALUE index) {
   long i = NUM2LONG(index);
   return Drive([=] {
+    ShownPanel(@"tabs");
     [Tabs() selectTabViewItem:TabAt(i)];
     return (id)nil;
   });
@@ -563,6 +618,16 @@ static VALUE folder_chooser_shown_at(VALUE) {
 
 static VALUE folder_chooser_answered(VALUE) {
   return Drive([] { return (id)Flag(pendingAnswer && pendingAnswer->answered); });
+}
+
+// For a plugin's tests: every observer forgotten, the panel closed unheard and
+// every control as a new panel has it, so that one test cannot leak into the next.
+static VALUE reset(VALUE) {
+  auto resetPanel = OPTIONS_PANEL_FIND(OptionsPanel_reset);
+  if (!resetPanel)
+    rb_raise(rb_eRuntimeError, "the options panel extension is not loaded");
+  resetPanel();
+  return Qtrue;
 }
 
 // ---- reading what the user sees ----
@@ -854,7 +919,14 @@ static NSNumber *SavePicture(NSView *view, const char *file) {
   NSBitmapImageRep *image = [view bitmapImageRepForCachingDisplayInRect:[view bounds]];
   [view cacheDisplayInRect:[view bounds] toBitmapImageRep:image];
   NSData *png = [image representationUsingType:NSBitmapImageFileTypePNG properties:@{}];
-  return Flag([png writeToFile:[NSString stringWithUTF8String:file] atomically:YES]);
+  NSString *path = [NSString stringWithUTF8String:file];
+  BOOL isFolder = NO;
+  // Checked first: the toolkit prints a line of its own when it cannot write.
+  if (![[NSFileManager defaultManager] fileExistsAtPath:[path stringByDeletingLastPathComponent]
+                                            isDirectory:&isFolder] ||
+      !isFolder || ![png writeToFile:path atomically:YES])
+    Refuse(@"cannot write the screenshot to %@", path);
+  return Flag(YES);
 }
 
 static VALUE screenshot(VALUE, VALUE path) {
@@ -872,6 +944,20 @@ static VALUE screenshot_window(VALUE, VALUE path) {
   });
 }
 
+// Every function belongs to the main thread, as the panel's methods do: a
+// test must not pass for a click that no person could make.
+template <typename Function, Function F> struct MainThreadOnly;
+template <typename... Args, VALUE (*F)(Args...)> struct MainThreadOnly<VALUE (*)(Args...), F> {
+  static VALUE call(Args... args) {
+    if (!OnMainThread())
+      rb_raise(rb_eThreadError, "must be called on the main thread");
+    return F(args...);
+  }
+};
+#define DRIVER_FUNCTION(function)                                                                  \
+  RUBY_METHOD_FUNC((velmar::Guarded<decltype(&function),                                           \
+                                    &MainThreadOnly<decltype(&function), &function>::call>::call))
+
 // Every function is guarded: a C++ exception becomes a Ruby one on the way out.
 // The function itself, not the macro that newer Rubies put in its place for C++.
 static void define(VALUE module, const char *name, VALUE (*function)(ANYARGS), int arity) {
@@ -880,43 +966,46 @@ static void define(VALUE module, const char *name, VALUE (*function)(ANYARGS), i
 
 extern "C" __attribute__((visibility("default"))) void Init_OptionsPanelDriver() {
   VALUE driver = rb_define_module("OptionsPanelDriver");
-  define(driver, "click", VELMAR_GUARDED(click), 1);
-  define(driver, "press", VELMAR_GUARDED(press), 1);
-  define(driver, "click_later", VELMAR_GUARDED(click_later), 2);
-  define(driver, "click_cell", VELMAR_GUARDED(click_cell), 2);
-  define(driver, "pick", VELMAR_GUARDED(pick), 2);
-  define(driver, "click_titled", VELMAR_GUARDED(click_titled), 2);
-  define(driver, "slide", VELMAR_GUARDED(slide), 2);
-  define(driver, "type", VELMAR_GUARDED(type_text), 2);
-  define(driver, "replace", VELMAR_GUARDED(replace), 2);
-  define(driver, "clear", VELMAR_GUARDED(clear), 1);
-  define(driver, "press_return", VELMAR_GUARDED(press_return), 1);
-  define(driver, "close_box", VELMAR_GUARDED(close_box), 0);
-  define(driver, "choose_tab", VELMAR_GUARDED(choose_tab), 1);
-  define(driver, "process_events", VELMAR_GUARDED(process_events), 0);
-  define(driver, "raise_observer_errors=", VELMAR_GUARDED(set_raise_observer_errors), 1);
-  define(driver, "raise_observer_errors?", VELMAR_GUARDED(raise_observer_errors), 0);
-  define(driver, "start_application", VELMAR_GUARDED(start_application), 0);
-  define(driver, "hide_as_inactive", VELMAR_GUARDED(hide_as_inactive), 0);
-  define(driver, "announce_termination", VELMAR_GUARDED(announce_termination), 0);
-  define(driver, "drawn?", VELMAR_GUARDED(drawn), 0);
-  define(driver, "answer_folder_chooser", VELMAR_GUARDED(answer_folder_chooser), 2);
-  define(driver, "folder_chooser_answered?", VELMAR_GUARDED(folder_chooser_answered), 0);
+  if (!velmar::claim_first_copy(driver, reinterpret_cast<const void *>(&Init_OptionsPanelDriver)))
+    return;
+  define(driver, "click", DRIVER_FUNCTION(click), 1);
+  define(driver, "press", DRIVER_FUNCTION(press), 1);
+  define(driver, "click_later", DRIVER_FUNCTION(click_later), 2);
+  define(driver, "click_cell", DRIVER_FUNCTION(click_cell), 2);
+  define(driver, "pick", DRIVER_FUNCTION(pick), 2);
+  define(driver, "click_titled", DRIVER_FUNCTION(click_titled), 2);
+  define(driver, "slide", DRIVER_FUNCTION(slide), 2);
+  define(driver, "type", DRIVER_FUNCTION(type_text), 2);
+  define(driver, "replace", DRIVER_FUNCTION(replace), 2);
+  define(driver, "clear", DRIVER_FUNCTION(clear), 1);
+  define(driver, "press_return", DRIVER_FUNCTION(press_return), 1);
+  define(driver, "close_box", DRIVER_FUNCTION(close_box), 0);
+  define(driver, "choose_tab", DRIVER_FUNCTION(choose_tab), 1);
+  define(driver, "process_events", DRIVER_FUNCTION(process_events), 0);
+  define(driver, "raise_observer_errors=", DRIVER_FUNCTION(set_raise_observer_errors), 1);
+  define(driver, "raise_observer_errors?", DRIVER_FUNCTION(raise_observer_errors), 0);
+  define(driver, "start_application", DRIVER_FUNCTION(start_application), 0);
+  define(driver, "hide_as_inactive", DRIVER_FUNCTION(hide_as_inactive), 0);
+  define(driver, "announce_termination", DRIVER_FUNCTION(announce_termination), 0);
+  define(driver, "drawn?", DRIVER_FUNCTION(drawn), 0);
+  define(driver, "answer_folder_chooser", DRIVER_FUNCTION(answer_folder_chooser), 2);
+  define(driver, "folder_chooser_answered?", DRIVER_FUNCTION(folder_chooser_answered), 0);
   define(driver, "cancel_folder_chooser_once_shown",
-         VELMAR_GUARDED(cancel_folder_chooser_once_shown), 1);
-  define(driver, "folder_chooser_shown_at", VELMAR_GUARDED(folder_chooser_shown_at), 0);
-  define(driver, "control", VELMAR_GUARDED(control), 1);
-  define(driver, "control_names", VELMAR_GUARDED(control_names), 0);
-  define(driver, "run_loop_timers", VELMAR_GUARDED(run_loop_timers), 0);
-  define(driver, "screen_point", VELMAR_GUARDED(screen_point), 2);
-  define(driver, "content_views", VELMAR_GUARDED(content_views), 0);
-  define(driver, "tab_views", VELMAR_GUARDED(tab_views), 1);
-  define(driver, "tabs", VELMAR_GUARDED(tabs), 0);
-  define(driver, "window_state", VELMAR_GUARDED(window_state), 0);
-  define(driver, "focused", VELMAR_GUARDED(focused), 0);
-  define(driver, "built?", VELMAR_GUARDED(built), 0);
-  define(driver, "modal_panel_level", VELMAR_GUARDED(modal_panel_level), 0);
-  define(driver, "image_types", VELMAR_GUARDED(image_types), 0);
-  define(driver, "screenshot", VELMAR_GUARDED(screenshot), 1);
-  define(driver, "screenshot_window", VELMAR_GUARDED(screenshot_window), 1);
+         DRIVER_FUNCTION(cancel_folder_chooser_once_shown), 1);
+  define(driver, "folder_chooser_shown_at", DRIVER_FUNCTION(folder_chooser_shown_at), 0);
+  define(driver, "control", DRIVER_FUNCTION(control), 1);
+  define(driver, "control_names", DRIVER_FUNCTION(control_names), 0);
+  define(driver, "run_loop_timers", DRIVER_FUNCTION(run_loop_timers), 0);
+  define(driver, "screen_point", DRIVER_FUNCTION(screen_point), 2);
+  define(driver, "content_views", DRIVER_FUNCTION(content_views), 0);
+  define(driver, "tab_views", DRIVER_FUNCTION(tab_views), 1);
+  define(driver, "tabs", DRIVER_FUNCTION(tabs), 0);
+  define(driver, "window_state", DRIVER_FUNCTION(window_state), 0);
+  define(driver, "focused", DRIVER_FUNCTION(focused), 0);
+  define(driver, "built?", DRIVER_FUNCTION(built), 0);
+  define(driver, "modal_panel_level", DRIVER_FUNCTION(modal_panel_level), 0);
+  define(driver, "image_types", DRIVER_FUNCTION(image_types), 0);
+  define(driver, "screenshot", DRIVER_FUNCTION(screenshot), 1);
+  define(driver, "screenshot_window", DRIVER_FUNCTION(screenshot_window), 1);
+  define(driver, "reset", DRIVER_FUNCTION(reset), 0);
 }

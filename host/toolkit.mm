@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 
 // A host's application has launched before any plugin runs; ours launches
 // too, but the words on our command line are a plugin and its arguments, never
@@ -32,6 +33,21 @@ namespace host {
 // their turn promptly.
 static const NSTimeInterval kWaitSeconds = 0.05;
 
+// The toolkit names no cause when it cannot reach the X server; the usual
+// ones are an unset DISPLAY and a server that is not running.
+static void PrintDisplayHint() {
+  const char *display = std::getenv("DISPLAY");
+  if (!display || !*display)
+    std::fputs("velmar-host: DISPLAY is not set: run it in a desktop session, or under "
+               "scripts/with-display.sh, which starts an X server of its own (Xvfb)\n",
+               stderr);
+  else
+    std::fprintf(stderr,
+                 "velmar-host: no X server answers at DISPLAY=%s: is it running, and may this "
+                 "user connect to it?\n",
+                 display);
+}
+
 bool create_application() {
   HostSignalsGuard hostSignals;
   @autoreleasepool {
@@ -47,6 +63,8 @@ bool create_application() {
     } @catch (NSException *exception) {
       // Typically no display: say so plainly rather than abort.
       std::fprintf(stderr, "velmar-host: %s\n", [[exception reason] UTF8String]);
+      if ([[exception reason] rangeOfString:@"X Server"].location != NSNotFound)
+        PrintDisplayHint();
       return false;
     }
   }

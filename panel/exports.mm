@@ -4,6 +4,9 @@
 #include "binding/exports.h"
 
 #import "panel/OptionsPanel.h"
+#include "platform/first_copy_classes.h"
+
+const char velmar::kFirstCopyMarkerClass[] = "OptionsPanel";
 
 @interface OptionsPanel (Exported) <VOPController>
 @end

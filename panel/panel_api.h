@@ -54,6 +54,11 @@ Outcome set_slider(Slider slider, int32_t value);
 
 Outcome populate_presets(const std::string &joined_names);
 Outcome select_preset(const std::string &name);
+// An empty preset list, nothing selected.
+Outcome clear_presets();
+
+// Closes the panel and puts every control back as it was built; for tests.
+Outcome reset_to_start();
 
 } // namespace panel
 } // namespace velmar

@@ -20,20 +20,32 @@ static std::vector<std::string> SplitNames(const std::string &joined) {
   return names;
 }
 
+// GNUstep keeps the selected index through removeAllItems, so it would
+// point into new items.
+static void EmptyList(NSComboBox *list) {
+  NSInteger selected = [list indexOfSelectedItem];
+  if (selected >= 0)
+    [list deselectItemAtIndex:selected];
+  [list removeAllItems];
+}
+
 panel::Outcome panel::populate_presets(const std::string &joined_names) {
   return Perform([&](OptionsPanel *panel) {
     presetNames = SplitNames(joined_names);
     NSComboBox *list = panel->myPresetCombo;
-    // GNUstep keeps the selected index through removeAllItems, so it would
-    // point into the new items.
-    NSInteger selected = [list indexOfSelectedItem];
-    if (selected >= 0)
-      [list deselectItemAtIndex:selected];
-    [list removeAllItems];
+    EmptyList(list);
     [list
         addItemsWithObjectValues:[NSStringFromUtf8(joined_names) componentsSeparatedByString:@"|"]];
     // The old selection went with the old items.
     ShowComboSelection(list);
+  });
+}
+
+panel::Outcome panel::clear_presets() {
+  return Perform([](OptionsPanel *panel) {
+    presetNames.clear();
+    EmptyList(panel->myPresetCombo);
+    ShowComboSelection(panel->myPresetCombo);
   });
 }
 

@@ -40,6 +40,8 @@ scripts/install-deps.sh
 # with trixie's own, loader included (see patch_program).
 packages=("ruby$version" "libruby$version" "ruby$version-dev" ruby-minitest)
 [[ $suite == trixie ]] && packages+=(libc6)
+# Bullseye's Fiddle, which test/test_two_copies.rb uses, needs its libffi.
+[[ $suite == bullseye ]] && packages+=(libffi7)
 
 # The machine's Debian mirror: the first source of its own release's main
 # component, in one-line (.list) or deb822 (.sources) form.

@@ -37,7 +37,7 @@ class ClosingTest < Minitest::Test
     panel.close
     assert_empty events_of { 2.times { panel.show } }
     assert_equal [true, true, Driver.modal_panel_level], Driver.window_state.values_at(:visible, :key, :level)
-    assert_equal [[0, 1, 0], "077", 1, [false, true]],
+    assert_equal [[0, 1, 0], "77", 1, [false, true]],
                  [cell_states(:size_mode), text_of(:width), control(:caustics)[:state],
                   Driver.tabs.map { |t| t[:selected] }]
   end

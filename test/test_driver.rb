@@ -28,11 +28,11 @@ class DriverTest < Minitest::Test
      [:click, :transparent_background], [:press, :transparent_background],
      [:click_later, :transparent_background, 0], [:click_cell, :size_mode, 0],
      [:pick, :size, 1]].each do |step|
-      assert_equal "#{step[1]} is on the tab \"tab1\", which is not showing", refusal(*step)
+      assert_equal "#{step[1]} is on tab 0 (\"Image\"), which is not showing", refusal(*step)
     end
     Driver.choose_tab(0)
-    assert_equal 'intensity is on the tab "tab2", which is not showing', refusal(:slide, :intensity, 10)
-    assert_equal 'the button "Reset" is on the tab "tab2", which is not showing',
+    assert_equal 'intensity is on tab 1 ("Environment"), which is not showing', refusal(:slide, :intensity, 10)
+    assert_equal 'the button "Reset" is on tab 1 ("Environment"), which is not showing',
                  refusal(:click_titled, 1, TEXTS.fetch("opt-tab2-reset-btn"))
     Driver.choose_tab(1)
     Driver.process_events
@@ -44,7 +44,9 @@ class DriverTest < Minitest::Test
   def test_every_other_refusal_names_the_control_and_says_why
     before = user_state
     { "width is disabled" => [:type, :width, "5"], # Viewport
-      "no control named fooBar" => [:click, :fooBar], "no control named fooBar " => [:control, "fooBar "],
+      "no control named okk (nearest: ok)" => [:click, :okk],
+      "no control named Clay (nearest: clay)" => [:control, "Clay"],
+      "no control named fooBar (nearest: format, folder)" => [:type, :fooBar, "5"],
       "size_mode has no cell 7" => [:click_cell, :size_mode, 7],
       "size_mode has no cell -1" => [:click_cell, :size_mode, -1],
       "preset has no item 3" => [:pick, :preset, 3], "tabs has no tab 2" => [:choose_tab, 2],
@@ -56,6 +58,43 @@ class DriverTest < Minitest::Test
     end
     assert_equal before, user_state, "nothing changed"
     assert_empty LOG.events
+  end
+
+  def test_nothing_acts_on_a_closed_panel_or_from_another_thread
+    Driver.click(:close)
+    LOG.clear
+    before = user_state
+    [[:click, :ok], [:press, :clay], [:click_cell, :background, 1], [:choose_tab, 1], [:close_box],
+     [:click_titled, 0, "..."]].each do |step|
+      name = { choose_tab: "tabs", close_box: "the close box", click_titled: 'the button "..."' }.fetch(step[0], step[1])
+      assert_equal "#{name} is not on screen: the panel is closed", refusal(*step)
+    end
+    panel.show
+    [[:click, :ok], [:control_names], [:reset], [:window_state]].each do |step|
+      assert_raises(ThreadError) { Thread.new { Driver.public_send(*step) }.join }
+    end
+    assert_equal before, user_state, "nothing changed"
+    assert_empty LOG.events
+    assert_equal "cannot write the screenshot to /no/such/folder/a.png", refusal(:screenshot, "/no/such/folder/a.png")
+  end
+
+  # A plugin's next test starts from a new panel that no earlier observer hears.
+  def test_reset_forgets_observers_and_puts_back_a_new_panel
+    heard = []
+    hook { |event, _| heard << event }
+    Driver.click_cell(:format, 0)
+    Driver.click(:transparent_background)
+    panel.set_output_dimensions("fixed", 640, 480, 0, 0)
+    Driver.choose_tab(1)
+    Driver.slide(:intensity, 10)
+    Driver.reset
+    refute Driver.window_state[:visible]
+    panel.show
+    assert_equal [[[1, 0, 0], [1, 0, 0]], "", 50, 0, [true, false]], user_state
+    assert_equal [[], [], false, true], [control(:preset)[:items], heard, enabled?(:width), enabled?(:transparent_background)]
+    assert_equal [300, 400], Driver.window_state[:frame].first(2)
+  ensure
+    panel.observe(LOG)
   end
 
   # type adds at the end, replace types over the text, slide ends where the drag does.

@@ -110,22 +110,14 @@ module PanelTest
     LOG.events.to_h
   end
 
-  # The state a freshly built panel has, as far as scripts and clicks can restore it.
+  # A new panel on screen with three presets, heard by LOG alone.
   def reset_panel
+    Driver.reset
     p = panel
+    p.observe(LOG)
     p.show
     p.populate_presets("Default|Draft|Final")
     p.preset = "Default"
-    p.set_output_dimensions("viewport", 0, 0, 0, 0)
-    p.output_format = "png"
-    Driver.choose_tab(0)
-    Driver.click(:transparent_background) if control(:transparent_background)[:state] == 1
-    p.set_output_directory("model", "")
-    %i[spherical_point_lights information_bar clay caching caustic translucent_color
-       automatic_materials].each { |o| p.public_send("set_environment_#{o}", false) }
-    p.set_environment_background("default")
-    p.set_environment_brightness(50)
-    p.set_environment_contrast(50)
     LOG.clear
     p
   end

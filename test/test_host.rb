@@ -44,10 +44,14 @@ class HostTest < Minitest::Test
     end
   end
 
-  def test_usage_errors
+  def test_usage_errors_and_no_x_server
     [[], %w[--timeout soon plugin.rb], %w[--bogus plugin.rb]].each do |args|
       _, err, status = Open3.capture3(HOST, *args)
       assert_equal [2, true], [status.exitstatus, err.include?("usage: velmar-host")], "#{args}: #{err}"
+    end
+    { "" => /DISPLAY is not set: .*with-display\.sh/, ":4097" => /no X server answers at DISPLAY=:4097/ }.each do |display, hint|
+      _, err, status = Open3.capture3({ "DISPLAY" => display }, HOST, "plugin.rb")
+      assert_equal [1, true], [status.exitstatus, hint.match?(err)], err
     end
   end
 

@@ -132,14 +132,24 @@ class TestImageSize < Minitest::Test
     assert_equal %w[panorama 800 400], reported_size
   end
 
+  INT32 = "from -2147483648 to 2147483647".freeze
+
   def test_bad_arguments_raise_before_any_control_changes
     dimensions("fixed", 1920, 1080)
     before = size_group
-    [[nil, 640], [:fixed, 640], [5, 640], ["fixed", "640"]].each do |mode, width|
-      assert_raises(TypeError) { @panel.set_output_dimensions(mode, width, 480, 1, 1) }
-    end
-    [[2**40, 1, 1, 1], [1, -2**31 - 1, 1, 1], [1, 1, 2**31, 1]].each do |args|
-      assert_raises(RangeError) { @panel.set_output_dimensions("viewport", *args) }
+    # Each error keeps Ruby's class and names the method and the argument.
+    { [nil, 640] => "mode must be a String (got NilClass)", [:fixed, 640] => "mode must be a String (got Symbol)",
+      [5, 640] => "mode must be a String (got Integer 5)", %w[fixed 640] => "width must be an Integer #{INT32} (got String)" }
+      .each do |(mode, width), message|
+        error = assert_raises(TypeError) { @panel.set_output_dimensions(mode, width, 480, 1, 1) }
+        assert_equal "set_output_dimensions: #{message}", error.message
+      end
+    { [2**40, 1, 1, 1] => "width", [1, -2**31 - 1, 1, 1] => "height", [1, 1, 2**31, 1] => "viewport_width",
+      [1, 1, 1, 1e12] => "viewport_height" }.each do |args, name|
+      error = assert_raises(RangeError) { @panel.set_output_dimensions("viewport", *args) }
+      given = args.find { |a| !a.is_a?(Integer) || a.bit_length > 31 }
+      assert_equal "set_output_dimensions: #{name} must be an Integer #{INT32} (got #{given.class} #{given.inspect})",
+                   error.message
     end
     # The viewport width converts and is stored before the height fails.
     assert_raises(RangeError) { @panel.set_output_dimensions("panorama", 1, 0, 640, 2**40) }

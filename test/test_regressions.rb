@@ -55,7 +55,7 @@ class RegressionsTest < Minitest::Test
       p refused, d.window_state[:visible]
     RUBY
     assert status.success?, err
-    assert_equal ["no control named no_such_control", "choose_folder is disabled", "20010", "false"],
+    assert_equal ["no control named no_such_control (nearest: save_location)", "choose_folder is disabled", "20010", "false"],
                  out.lines.map(&:chomp)
     refute_match(/autorelease called without pool/, err)
   end
