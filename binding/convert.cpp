@@ -1,5 +1,6 @@
 #include "binding/convert.h"
 
+#include "binding/jump.h"
 #include "binding/utf8.h"
 
 #include <ruby/encoding.h>
@@ -21,7 +22,7 @@ VALUE to_int32(VALUE value) {
 // the class alone for anything else.
 VALUE described(VALUE value) {
   VALUE name = rb_class_name(rb_obj_class(value));
-  if (RB_INTEGER_TYPE_P(value) || RB_FLOAT_TYPE_P(value))
+  if (RTEST(rb_obj_is_kind_of(value, rb_cInteger)) || RTEST(rb_obj_is_kind_of(value, rb_cFloat)))
     return rb_sprintf("%" PRIsVALUE " %" PRIsVALUE, name, rb_inspect(value));
   return name;
 }
@@ -34,8 +35,10 @@ VALUE converted(VALUE (*convert)(VALUE), VALUE value, const char *expected, cons
   VALUE result = rb_protect(convert, value, &state);
   if (!state)
     return result;
-  VALUE error = rb_errinfo();
-  if (!rb_obj_is_kind_of(error, rb_eTypeError) && !rb_obj_is_kind_of(error, rb_eRangeError))
+  // A throw out of the argument's own to_str leaves no exception to look at.
+  VALUE error = exception_of_jump();
+  if (NIL_P(error) ||
+      (!rb_obj_is_kind_of(error, rb_eTypeError) && !rb_obj_is_kind_of(error, rb_eRangeError)))
     rb_jump_tag(state);
   rb_set_errinfo(Qnil);
   VALUE message = rb_sprintf("%" PRIsVALUE ": %s must be %s (got %" PRIsVALUE ")",

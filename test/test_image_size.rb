@@ -151,6 +151,12 @@ class TestImageSize < Minitest::Test
       assert_equal "set_output_dimensions: #{name} must be an Integer #{INT32} (got #{given.class} #{given.inspect})",
                    error.message
     end
+    # A throw out of an argument's own conversion goes on untouched.
+    thrower = Object.new
+    def thrower.to_int
+      throw :converting, :thrown
+    end
+    assert_equal :thrown, catch(:converting) { @panel.set_output_dimensions("fixed", thrower, 1, 1, 1) }
     # The viewport width converts and is stored before the height fails.
     assert_raises(RangeError) { @panel.set_output_dimensions("panorama", 1, 0, 640, 2**40) }
     assert_equal before, size_group
