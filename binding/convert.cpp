@@ -67,9 +67,13 @@ Word word_text(VALUE string) {
   return Word{bytes, nul ? static_cast<size_t>(static_cast<const char *>(nul) - bytes) : length};
 }
 
-VALUE utf8_string(const std::string &text) {
-  std::string valid = scrub_utf8(text.data(), text.size());
-  return rb_utf8_str_new(valid.data(), static_cast<long>(valid.size()));
+VALUE utf8_string(const char *bytes, size_t length) {
+  // The String is made at its final length before any byte is written, so
+  // that no C++ object is alive if Ruby runs out of memory and raises.
+  VALUE string =
+      rb_utf8_str_new(nullptr, static_cast<long>(scrub_utf8_into(bytes, length, nullptr)));
+  scrub_utf8_into(bytes, length, RSTRING_PTR(string));
+  return string;
 }
 
 } // namespace velmar

@@ -36,7 +36,8 @@ struct Word {
 };
 Word word_text(VALUE string);
 
-// A new String tagged UTF-8.
-VALUE utf8_string(const std::string &text);
+// A new String tagged UTF-8 of the bytes up to the first NUL, made valid UTF-8
+// as utf8_text does.
+VALUE utf8_string(const char *bytes, size_t length);
 
 } // namespace velmar

@@ -1,4 +1,5 @@
 #include "binding/convert.h"
+#include "binding/method_table.h"
 #include "binding/script_call.h"
 #include "binding/taken_words.h"
 
@@ -6,23 +7,45 @@
 
 namespace velmar {
 
-VALUE _set_output_dimensions(VALUE, VALUE mode, VALUE width, VALUE height, VALUE viewport_width,
-                             VALUE viewport_height) {
+namespace {
+
+// set_output_dimensions' steps after the viewport width has converted.
+struct DimensionsTail {
+  VALUE viewport_height;
+  VALUE mode_text;
+  int32_t converted_height;
+};
+
+VALUE convert_dimensions_tail(VALUE argument) {
+  auto *tail = reinterpret_cast<DimensionsTail *>(argument);
+  tail->converted_height = int32_argument(tail->viewport_height, "viewport_height");
+  warn_if_taken_as_last(tail->mode_text, "mode", kSizeModes);
+  return Qnil;
+}
+
+} // namespace
+
+static VALUE set_output_dimensions(VALUE, VALUE mode, VALUE width, VALUE height,
+                                   VALUE viewport_width, VALUE viewport_height) {
   ensure_panel();
   VALUE mode_text = string_argument(mode, "mode");
   int32_t w = int32_argument(width, "width");
   int32_t h = int32_argument(height, "height");
-  // The viewport size is remembered as each half converts, whatever fails later.
   int32_t vw = int32_argument(viewport_width, "viewport_width");
-  raise_or_true(attempt([=] { return panel::remember_viewport_width(vw); }));
-  int32_t vh = int32_argument(viewport_height, "viewport_height");
-  warn_if_taken_as_last(mode_text, "mode", kSizeModes);
-  raise_or_true(attempt([=] { return panel::remember_viewport_height(vh); }));
-  return raise_or_true(attempt(
-      [=] { return panel::set_output_dimensions(kSizeModes.named(word_text(mode_text)), w, h); }));
+  // The viewport width is stored even when a later step raises: that raise
+  // is stopped here and goes on once the panel has stored it.
+  DimensionsTail tail{viewport_height, mode_text, 0};
+  int state = 0;
+  rb_protect(convert_dimensions_tail, reinterpret_cast<VALUE>(&tail), &state);
+  panel::OutputDimensions size{
+      kSizeModes.named(word_text(mode_text)), w, h, vw, tail.converted_height, state == 0};
+  VALUE exception = attempt([=] { return panel::set_output_dimensions(size); });
+  if (state)
+    rb_jump_tag(state);
+  return raise_or_true(exception);
 }
 
-VALUE _output_format(VALUE, VALUE format) {
+static VALUE output_format_assign(VALUE, VALUE format) {
   ensure_panel();
   VALUE text = string_argument(format, "format");
   warn_if_taken_as_last(text, "format", kImageFormats, kTransparentPngWord);
@@ -34,12 +57,13 @@ VALUE _output_format(VALUE, VALUE format) {
   }));
 }
 
-VALUE _set_output_format(VALUE, VALUE, VALUE, VALUE) {
+// Kept for older scripts: it builds the panel and changes nothing.
+static VALUE set_output_format(VALUE, VALUE, VALUE, VALUE) {
   ensure_panel();
   return Qtrue;
 }
 
-VALUE _set_output_directory(VALUE, VALUE mode, VALUE folder) {
+static VALUE set_output_directory(VALUE, VALUE mode, VALUE folder) {
   ensure_panel();
   VALUE mode_text = string_argument(mode, "mode");
   VALUE folder_text = string_argument(folder, "folder");
@@ -50,17 +74,25 @@ VALUE _set_output_directory(VALUE, VALUE mode, VALUE folder) {
   }));
 }
 
-static std::string with_forward_slashes(std::string path) {
-  std::replace(path.begin(), path.end(), '\\', '/');
-  return path;
+// A copy of the path with every backslash turned into a forward slash.
+static VALUE output_directory(VALUE, VALUE path) {
+  VALUE text = string_argument(path, "path");
+  VALUE copy = utf8_string(RSTRING_PTR(text), static_cast<size_t>(RSTRING_LEN(text)));
+  RB_GC_GUARD(text);
+  char *bytes = RSTRING_PTR(copy);
+  std::replace(bytes, bytes + RSTRING_LEN(copy), '\\', '/');
+  return copy;
 }
 
-static VALUE forward_slash_copy(VALUE text) {
-  return utf8_string(with_forward_slashes(utf8_text(text)));
-}
-
-VALUE _output_directory(VALUE, VALUE path) {
-  return forward_slash_copy(string_argument(path, "path"));
+void define_image_methods(VALUE klass) {
+  static const Method methods[] = {
+      {"set_output_dimensions", VELMAR_GUARDED(set_output_dimensions), 5},
+      {"output_format=", VELMAR_GUARDED(output_format_assign), 1},
+      {"set_output_format", VELMAR_GUARDED(set_output_format), 3},
+      {"set_output_directory", VELMAR_GUARDED(set_output_directory), 2},
+      {"output_directory", VELMAR_GUARDED(output_directory), 1},
+  };
+  define_methods(klass, methods);
 }
 
 } // namespace velmar

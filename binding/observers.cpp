@@ -3,6 +3,7 @@
 #include "binding/convert.h"
 #include "binding/cxx_guard.h"
 #include "binding/jump.h"
+#include "binding/method_table.h"
 #include "binding/script_call.h"
 #include "panel/events.h"
 
@@ -76,7 +77,7 @@ void notify_options_window_observer(Event event, VALUE payload) {
 static VALUE ruby_value(const EventValue &value) {
   switch (value.kind) {
   case EventValue::Kind::Text:
-    return utf8_string(value.text);
+    return utf8_string(value.text.data(), value.text.size());
   case EventValue::Kind::Integer:
     return INT2NUM(value.integer);
   case EventValue::Kind::Real:
@@ -115,7 +116,26 @@ static void panel_event_sink(Event sent, const EventValues &values) {
   protect(deliver_panel_event, reinterpret_cast<VALUE>(&event));
 }
 
-void init_observers() {
+static VALUE observe(VALUE, VALUE observer) {
+  rb_ary_push(options_panel_observers, observer);
+  return Qtrue;
+}
+
+// Tells the observers; the panel does not show this setting.
+static VALUE hide_render_all_assign(VALUE, VALUE value) {
+  VALUE payload = rb_ary_new_from_values(1, &value);
+  return raise_or_true(attempt([=] {
+    notify_options_window_observer(Event::ShowRenderAll, payload);
+    return panel::Outcome();
+  }));
+}
+
+void define_observer_methods(VALUE klass) {
+  static const Method methods[] = {
+      {"observe", VELMAR_GUARDED(observe), 1},
+      {"hide_render_all=", VELMAR_GUARDED(hide_render_all_assign), 1},
+  };
+  define_methods(klass, methods);
   for (size_t i = 0; i < kEventCount; ++i)
     event_methods[i] = rb_intern(kEventNames[i]);
   respond_to_method = rb_intern("respond_to?");
@@ -126,19 +146,6 @@ void init_observers() {
 
 void forget_observers() {
   rb_ary_clear(options_panel_observers);
-}
-
-VALUE _options_panel_observe(VALUE, VALUE observer) {
-  rb_ary_push(options_panel_observers, observer);
-  return Qtrue;
-}
-
-VALUE _set_environment_show_render_all(VALUE, VALUE value) {
-  VALUE payload = rb_ary_new_from_values(1, &value);
-  return raise_or_true(attempt([=] {
-    notify_options_window_observer(Event::ShowRenderAll, payload);
-    return panel::Outcome();
-  }));
 }
 
 } // namespace velmar

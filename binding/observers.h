@@ -7,9 +7,6 @@
 
 namespace velmar {
 
-// Makes the empty observer list and lets the panel's events reach it.
-void init_observers();
-
 // Empties the observer list.
 void forget_observers();
 

@@ -49,9 +49,18 @@ long script_call_depth() {
   return static_cast<long>(held_exceptions.size());
 }
 
-static VALUE toolkit_error(const panel::ToolkitFailure &failure) {
-  std::string message = failure.name + ": " + failure.reason;
-  return rb_exc_new(rb_eRuntimeError, message.data(), static_cast<long>(message.size()));
+static VALUE new_toolkit_error(VALUE argument) {
+  const auto *failure = reinterpret_cast<const panel::ToolkitFailure *>(argument);
+  VALUE message = rb_str_new(failure->name.data(), static_cast<long>(failure->name.size()));
+  rb_str_cat_cstr(message, ": ");
+  rb_str_cat(message, failure->reason.data(), static_cast<long>(failure->reason.size()));
+  return rb_exc_new_str(rb_eRuntimeError, message);
+}
+
+// "name: reason". Made under rb_protect, since the failure is still alive:
+// a raise (Ruby out of memory) is left in `state` for the caller.
+static VALUE toolkit_error(const panel::ToolkitFailure &failure, int &state) {
+  return rb_protect(new_toolkit_error, reinterpret_cast<VALUE>(&failure), &state);
 }
 
 // Closes the innermost call; returns its held exception, or Qnil when a jump
@@ -63,14 +72,14 @@ static VALUE close_call() {
   return jump_held() ? Qnil : held;
 }
 
-VALUE end_script_call(const panel::Outcome &outcome) {
+VALUE end_script_call(const panel::Outcome &outcome, int &state) {
   VALUE held = close_call();
   // Reporting would run Ruby code, which may overwrite a held throw's record.
   if (jump_held() || !outcome.failed)
     return held;
   if (!NIL_P(held))
     observer_failed(held);
-  return toolkit_error(outcome.failure);
+  return toolkit_error(outcome.failure, state);
 }
 
 void abandon_script_call() {

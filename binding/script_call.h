@@ -17,8 +17,9 @@ void begin_script_call();
 // How many script calls are in progress, nested in one another's observers.
 long script_call_depth();
 // Closes the innermost call; returns the exception to raise, or Qnil. When a
-// jump is held, Qnil: the jump goes on instead.
-VALUE end_script_call(const panel::Outcome &outcome);
+// jump is held, Qnil: the jump goes on instead. A raise while making the
+// exception is left in `state`, for the caller to go on with.
+VALUE end_script_call(const panel::Outcome &outcome, int &state);
 // Closes the innermost call after a C++ exception, which goes on instead.
 void abandon_script_call();
 // An observer raised: held by the innermost script call, else reported on $stderr
@@ -32,12 +33,15 @@ template <typename Operation> VALUE attempt(Operation operation) {
   begin_script_call();
   long depth = script_call_depth();
   VALUE exception;
+  int state = 0;
   try {
-    exception = end_script_call(operation());
+    exception = end_script_call(operation(), state);
   } catch (...) {
     abandon_script_call();
     throw;
   }
+  if (state)
+    rb_jump_tag(state);
   resume_jump_held_within(depth);
   return exception;
 }

@@ -1,19 +1,12 @@
 #include "binding/text_table.h"
 
 #include "binding/convert.h"
+#include "binding/method_table.h"
 #include "binding/script_call.h"
 
 namespace velmar {
 
 static VALUE myHashValues = Qnil;
-
-void init_text_table(VALUE klass) {
-  rb_global_variable(&myHashValues);
-  VALUE keys = rb_ary_new_capa(kTextKeyCount);
-  for (const char *key : kTextKeys)
-    rb_ary_push(keys, rb_obj_freeze(rb_utf8_str_new_cstr(key)));
-  rb_define_const(klass, "TEXT_KEYS", rb_obj_freeze(keys));
-}
 
 namespace {
 
@@ -63,7 +56,7 @@ void warn_about_table(VALUE table) {
 
 } // namespace
 
-VALUE initialize(VALUE self, VALUE table) {
+static VALUE initialize(VALUE self, VALUE table) {
   myHashValues = table;
   warn_about_table(table);
   return self;
@@ -91,10 +84,24 @@ PanelTexts panel_texts(VALUE values) {
   return texts;
 }
 
-VALUE _options_panel_title_assign(VALUE, VALUE title) {
+// The title is fixed once the panel is built; the argument is only checked.
+static VALUE text_assign(VALUE, VALUE title) {
   ensure_panel();
   string_argument(title, "title");
   return Qtrue;
+}
+
+void define_text_methods(VALUE klass) {
+  static const Method methods[] = {
+      {"initialize", VELMAR_GUARDED(initialize), 1},
+      {"text=", VELMAR_GUARDED(text_assign), 1},
+  };
+  define_methods(klass, methods);
+  rb_global_variable(&myHashValues);
+  VALUE keys = rb_ary_new_capa(kTextKeyCount);
+  for (const char *key : kTextKeys)
+    rb_ary_push(keys, rb_obj_freeze(rb_utf8_str_new_cstr(key)));
+  rb_define_const(klass, "TEXT_KEYS", rb_obj_freeze(keys));
 }
 
 } // namespace velmar

@@ -7,8 +7,6 @@
 
 namespace velmar {
 
-// Also defines the class's TEXT_KEYS, the 37 keys in the order the panel reads them.
-void init_text_table(VALUE klass);
 // The table's value of every key, in the order of TextKey; may run Ruby code.
 VALUE panel_text_values();
 // The texts of those values, raising nothing: a missing table, key or String

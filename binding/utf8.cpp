@@ -39,23 +39,27 @@ static size_t valid_sequence_length(const unsigned char *bytes, size_t available
   return length;
 }
 
-std::string scrub_utf8(const char *bytes, size_t length) {
+size_t scrub_utf8_into(const char *bytes, size_t length, char *out) {
   const void *nul = std::memchr(bytes, '\0', length);
   if (nul)
     length = static_cast<size_t>(static_cast<const char *>(nul) - bytes);
   const auto *data = reinterpret_cast<const unsigned char *>(bytes);
-  std::string text;
-  text.reserve(length);
+  size_t written = 0;
   for (size_t i = 0; i < length;) {
     size_t sequence = valid_sequence_length(data + i, length - i);
-    if (sequence == 0) {
-      text.append(kReplacement);
-      ++i;
-    } else {
-      text.append(bytes + i, sequence);
-      i += sequence;
-    }
+    const char *piece = sequence == 0 ? kReplacement : bytes + i;
+    size_t piece_length = sequence == 0 ? sizeof kReplacement - 1 : sequence;
+    if (out)
+      std::memcpy(out + written, piece, piece_length);
+    written += piece_length;
+    i += sequence == 0 ? 1 : sequence;
   }
+  return written;
+}
+
+std::string scrub_utf8(const char *bytes, size_t length) {
+  std::string text(scrub_utf8_into(bytes, length, nullptr), '\0');
+  scrub_utf8_into(bytes, length, &text[0]);
   return text;
 }
 

@@ -106,34 +106,36 @@ static int32_t Doubled(int32_t height) {
 
 @end
 
-panel::Outcome panel::remember_viewport_width(int32_t width) {
-  return Perform([=](OptionsPanel *panel) { panel->myVWidthINTValue = width; });
-}
-
-panel::Outcome panel::remember_viewport_height(int32_t height) {
-  return Perform([=](OptionsPanel *panel) { panel->myVHeightINTValue = height; });
-}
-
-panel::Outcome panel::set_output_dimensions(SizeMode mode, int32_t width, int32_t height) {
-  return Perform([=](OptionsPanel *panel) {
-    SelectChoice(panel->aImageSizeMatrix, kSizeModes, mode);
-    if (mode == SizeMode::Viewport) {
-      [panel imageSizeEnableDisable:NO];
-      [panel selectSizePreset:kCustomSize];
-      [panel writeWidth:0 height:0];
-    } else if (mode == SizeMode::Fixed) {
-      [panel imageSizeEnableDisable:YES];
-      // A size that names no item leaves the user to type it: "Custom".
-      [panel selectSizePreset:SizePresetOf(width, height)];
+// The size group as set_output_dimensions leaves it for each mode.
+static void ShowOutputDimensions(OptionsPanel *panel, SizeMode mode, int32_t width,
+                                 int32_t height) {
+  SelectChoice(panel->aImageSizeMatrix, kSizeModes, mode);
+  if (mode == SizeMode::Viewport) {
+    [panel imageSizeEnableDisable:NO];
+    [panel selectSizePreset:kCustomSize];
+    [panel writeWidth:0 height:0];
+  } else if (mode == SizeMode::Fixed) {
+    [panel imageSizeEnableDisable:YES];
+    // A size that names no item leaves the user to type it: "Custom".
+    [panel selectSizePreset:SizePresetOf(width, height)];
+    [panel writeWidth:width height:height];
+  } else {
+    SetEnabled(panel->mySizeCombo, NO);
+    [panel selectSizePreset:kCustomSize];
+    if (height != 0)
       [panel writeWidth:width height:height];
-    } else {
-      SetEnabled(panel->mySizeCombo, NO);
-      [panel selectSizePreset:kCustomSize];
-      if (height != 0)
-        [panel writeWidth:width height:height];
-      else
-        [panel applyViewportFallback];
-      [panel setFieldsEnabled:YES];
-    }
+    else
+      [panel applyViewportFallback];
+    [panel setFieldsEnabled:YES];
+  }
+}
+
+panel::Outcome panel::set_output_dimensions(const OutputDimensions &size) {
+  return Perform([=](OptionsPanel *panel) {
+    panel->myVWidthINTValue = size.viewport_width;
+    if (!size.complete)
+      return;
+    panel->myVHeightINTValue = size.viewport_height;
+    ShowOutputDimensions(panel, size.mode, size.width, size.height);
   });
 }

@@ -30,9 +30,15 @@ Outcome fetch(const PanelTexts &texts);
 Outcome show();
 Outcome close();
 
-Outcome remember_viewport_width(int32_t width);
-Outcome remember_viewport_height(int32_t height);
-Outcome set_output_dimensions(SizeMode mode, int32_t width, int32_t height);
+// What set_output_dimensions was given. Its arguments convert one by one and
+// the remembered viewport width is replaced as soon as it converts: when what
+// follows fails, `complete` is false and nothing else changes.
+struct OutputDimensions {
+  SizeMode mode;
+  int32_t width, height, viewport_width, viewport_height;
+  bool complete;
+};
+Outcome set_output_dimensions(const OutputDimensions &size);
 // A tick stays until the user clears it: without `tick` the box keeps its own.
 Outcome set_output_format(ImageFormat format, bool tick_transparency);
 Outcome set_output_directory(SaveLocation location, const std::string &folder);

@@ -13,10 +13,10 @@ panel::Outcome panel::reset_to_start() {
   for (Option box : boxes)
     set_option(box, false);
   const Outcome steps[] = {
-      close(), clear_presets(), remember_viewport_width(0), remember_viewport_height(0),
-      set_output_dimensions(SizeMode::Viewport, 0, 0), set_output_format(ImageFormat::Png, false),
-      set_output_directory(SaveLocation::Model, ""), set_background(Background::Default),
-      set_slider(Slider::Intensity, kSliderStart), set_slider(Slider::Exposure, kSliderStart),
+      close(), clear_presets(), set_output_dimensions({SizeMode::Viewport, 0, 0, 0, 0, true}),
+      set_output_format(ImageFormat::Png, false), set_output_directory(SaveLocation::Model, ""),
+      set_background(Background::Default), set_slider(Slider::Intensity, kSliderStart),
+      set_slider(Slider::Exposure, kSliderStart),
       // What no setter puts back: the empty fields, the transparency tick,
       // the tab shown and the place on the screen.
       Perform([](OptionsPanel *panel) {
