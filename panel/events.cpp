@@ -2,13 +2,6 @@
 
 namespace velmar {
 
-const char *const kEventNames[kEventCount] = {"preset_changed",
-                                              "output_changed",
-                                              "environment_changed",
-                                              "options_changed",
-                                              "options_changed_show_render_all",
-                                              "close"};
-
 static EventSink event_sink = nullptr;
 
 void set_event_sink(EventSink sink) {

@@ -10,7 +10,7 @@
 
 namespace velmar {
 
-// Every event the panel and the script methods send.
+// Every event the panel and the script methods send; Close stays last.
 enum class Event {
   PresetChanged,
   OutputChanged,
@@ -19,9 +19,16 @@ enum class Event {
   ShowRenderAll,
   Close
 };
-constexpr size_t kEventCount = 6;
-// The observers' method names, in the order of Event.
-extern const char *const kEventNames[kEventCount];
+// The observers' method names, in the order of Event; one copy per file that
+// uses it, as C++14 has no inline variables.
+constexpr const char *kEventNames[] = {"preset_changed",
+                                       "output_changed",
+                                       "environment_changed",
+                                       "options_changed",
+                                       "options_changed_show_render_all",
+                                       "close"};
+constexpr size_t kEventCount = sizeof kEventNames / sizeof *kEventNames;
+static_assert(kEventCount == static_cast<size_t>(Event::Close) + 1, "one name for each Event");
 
 // One element of a payload: a text, an integer or a real number.
 struct EventValue {

@@ -70,6 +70,9 @@ constexpr std::array<const char *, kTextKeyCount> kTextKeys = {
     "opt-tab2-reset-btn",
 };
 
+// A key left out of the list above leaves its last entry empty.
+static_assert(kTextKeys[kTextKeyCount - 1] != nullptr, "one key for each TextKey");
+
 // Every text of the panel, valid UTF-8, indexed by TextKey.
 using PanelTexts = std::array<std::string, kTextKeyCount>;
 
