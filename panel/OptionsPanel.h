@@ -21,7 +21,6 @@
   NSButton *myAMCButton;
   NSButton *myTransCButton;
   NSButton *myDirButton;
-  NSPanel *window;
   NSComboBox *myPresetCombo;
   NSTabView *myTabView;
   NSSlider *myIntensitySlider;

@@ -22,6 +22,8 @@ static NSArray *TextsAsStrings(const velmar::PanelTexts &texts) {
     EnsureApplicationObject();
     PrepareRealInput();
     built_controller = [[self alloc] initWithTexts:texts];
+    // Building the panel shows it, once the controller is complete.
+    [built_controller showBuiltPanel];
   }
   return built_controller;
 }
@@ -46,16 +48,13 @@ static NSArray *TextsAsStrings(const velmar::PanelTexts &texts) {
   // The panel is closed and shown again many times; it must outlive each closing.
   [panel setReleasedWhenClosed:NO];
   KeepOnScreenWhenInactive(panel);
-  [panel makeKeyAndOrderFront:nil];
   [panel setTitle:[texts objectAtIndex:velmar::kWindowTitle]];
   [panel setFrameOrigin:NSMakePoint(300, 400)];
 
   self = [super initWithWindow:panel];
   if (!self)
     return nil;
-  window = panel;
-  isOpen = YES;
-  [window setDelegate:self];
+  [panel setDelegate:self];
   [[NSNotificationCenter defaultCenter] addObserver:self
                                            selector:@selector(applicationWillTerminate:)
                                                name:NSApplicationWillTerminateNotification
@@ -85,7 +84,7 @@ static NSArray *TextsAsStrings(const velmar::PanelTexts &texts) {
   [myTabView addTabViewItem:environmentItem];
   [myTabView setDelegate:self];
 
-  NSView *content = [window contentView];
+  NSView *content = [panel contentView];
   for (NSView *view in @[ presetHeading, myTabView, myPresetCombo, m_pButton, m_cButton ])
     [content addSubview:view];
   [self layOutForTexts];
@@ -96,10 +95,15 @@ static NSArray *TextsAsStrings(const velmar::PanelTexts &texts) {
   return self;
 }
 
+- (void)showBuiltPanel {
+  [[self window] makeKeyAndOrderFront:nil];
+  isOpen = YES;
+}
+
 - (void)showPanel {
-  [window setLevel:CGWindowLevelForKey(kCGModalPanelWindowLevelKey)];
+  [[self window] setLevel:NSModalPanelWindowLevel];
   [self showWindow:nil];
-  KeepAboveOtherWindows(window);
+  KeepAboveOtherWindows([self window]);
   // A panel that opens with nothing focused would ignore every key until a click.
   if (![self focusedControl])
     [self focusFirstControlOfShownTab];

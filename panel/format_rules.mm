@@ -44,11 +44,11 @@ using namespace velmar;
     // The button's action comes while it is still pressed; it must not look
     // so through the whole time the chooser is open.
     [myDirButton highlight:NO];
-    ShowChooserOver(chooser, window);
+    ShowChooserOver(chooser, [self window]);
   }
   if ([chooser runModal] == NSModalResponseOK)
     [mySaveLocText setStringValue:[[chooser URL] path]];
-  TakeKeysBackAfterChooser(window);
+  TakeKeysBackAfterChooser([self window]);
 }
 
 @end

@@ -34,7 +34,7 @@ static BOOL CanTakeFocus(NSView *control) {
 }
 
 - (NSView *)focusedControl {
-  NSResponder *responder = [window firstResponder];
+  NSResponder *responder = [[self window] firstResponder];
   // A text field being edited hands the focus to the window's field editor.
   if ([responder isKindOfClass:[NSText class]] && [(NSText *)responder isFieldEditor])
     responder = (NSResponder *)[(NSText *)responder delegate];
@@ -57,14 +57,14 @@ static BOOL CanTakeFocus(NSView *control) {
   NSUInteger count = [order count];
   for (NSUInteger i = 0; i < count; ++i)
     [[order objectAtIndex:i] setNextKeyView:[order objectAtIndex:(i + 1) % count]];
-  [window setInitialFirstResponder:[self firstControlOfShownTab]];
+  [[self window] setInitialFirstResponder:[self firstControlOfShownTab]];
 }
 
 - (void)focusFirstControlOfShownTab {
   [self linkKeyViewLoop];
   NSView *first = [self firstControlOfShownTab];
   if (first)
-    [window makeFirstResponder:first];
+    [[self window] makeFirstResponder:first];
 }
 
 // The focus follows into a tab the user shows, by key or by click.

@@ -192,9 +192,9 @@ static void PlaceButtons(NSButton *ok, NSButton *close, CGFloat width, CGFloat g
 // The window grows no further than the screen's right edge from where it
 // stands; a text that needs more is cut there.
 - (CGFloat)widestOnScreen {
-  NSScreen *screen = [window screen] ? [window screen] : [NSScreen mainScreen];
-  CGFloat border = NSWidth([window frame]) - NSWidth([[window contentView] frame]);
-  return NSMaxX([screen visibleFrame]) - NSMinX([window frame]) - border;
+  NSScreen *screen = [[self window] screen] ? [[self window] screen] : [NSScreen mainScreen];
+  CGFloat border = NSWidth([[self window] frame]) - NSWidth([[[self window] contentView] frame]);
+  return NSMaxX([screen visibleFrame]) - NSMinX([[self window] frame]) - border;
 }
 
 // Lays out both tabs and returns how much wider the tab view must be.
@@ -210,7 +210,7 @@ static void PlaceButtons(NSButton *ok, NSButton *close, CGFloat width, CGFloat g
 }
 
 - (void)layOutForTexts {
-  NSView *content = [window contentView];
+  NSView *content = [[self window] contentView];
   CGFloat contentWidth = NSWidth([content frame]);
   CGFloat tabGrowth = [self tabViewGrowth];
   PushPastLabels([content subviews], nil);
@@ -232,7 +232,7 @@ static void PlaceButtons(NSButton *ok, NSButton *close, CGFloat width, CGFloat g
   PlaceButtons(m_pButton, m_cButton, width, width - contentWidth);
 
   if (width > contentWidth) {
-    [window setContentSize:NSMakeSize(width, NSHeight([content frame]))];
+    [[self window] setContentSize:NSMakeSize(width, NSHeight([content frame]))];
     for (NSTabViewItem *item in [myTabView tabViewItems])
       [[item view] setFrame:[myTabView contentRect]];
   }

@@ -65,7 +65,7 @@ static BOOL OpenComboListFromKey(NSComboBox *combo) {
     next = step > 0 ? 0 : count - 1;
   else
     next = ((NSInteger)current + step + count) % count;
-  [window makeFirstResponder:[order objectAtIndex:next]];
+  [[self window] makeFirstResponder:[order objectAtIndex:next]];
 }
 
 - (void)showTabBy:(NSInteger)step {

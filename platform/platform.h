@@ -14,18 +14,6 @@
 #include <signal.h>
 
 #ifdef GNUSTEP
-// GNUstep has no Core Graphics window levels; its modal-panel level plays the same role.
-typedef int32_t CGWindowLevel;
-typedef int32_t CGWindowLevelKey;
-enum { kCGModalPanelWindowLevelKey = 10 };
-static inline CGWindowLevel CGWindowLevelForKey(CGWindowLevelKey) {
-  return NSModalPanelWindowLevel;
-}
-#else
-#import <CoreGraphics/CoreGraphics.h>
-#endif
-
-#ifdef GNUSTEP
 // GNUstep's combo box takes a text field delegate; Apple's names a protocol of its own.
 @protocol NSComboBoxDelegate <NSTextFieldDelegate>
 @end
