@@ -860,12 +860,23 @@ class FuzzWorker
     require "OptionsPanelDriver"
     require_relative "../examples/texts/en"
     @driver = OptionsPanelDriver
+    check_every_method_and_box_fuzzed
     @texts = OptionsPanelTexts::EN
     @args = FuzzArguments.new(@rng, @texts)
     @panel = Velmar::OptionsPanelWindow.new(@texts)
     @recorder = FuzzRecorder.new
     @panel.observe(@recorder)
     @panel.show
+  end
+
+  # FuzzPanel's lists are checked against the extension's own, so that a
+  # script method or a box added there cannot go unfuzzed.
+  def check_every_method_and_box_fuzzed
+    methods = Velmar::OptionsPanelWindow.public_instance_methods(false) - [:observe] + [:new]
+    unfuzzed = (methods - FuzzPanel::API.keys) + (FuzzPanel::API.keys - methods)
+    unknown = FuzzPanel::BOXES.values - @driver.control_names.keys
+    abort "fuzz: FuzzPanel::API differs from the extension in #{unfuzzed}" unless unfuzzed.empty?
+    abort "fuzz: FuzzPanel::BOXES names controls the driver lacks: #{unknown}" unless unknown.empty?
   end
 
   def send_report(data) = @report.puts(JSON.generate(data))

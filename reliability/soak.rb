@@ -15,8 +15,13 @@ module Soak
   GROWTH_LIMIT_KIB = 4096
   FORMATS = %w[png pnga jpg hdr].freeze
   BACKGROUNDS = %w[default sky sky2].freeze
-  OPTIONS = %i[spherical_point_lights information_bar clay caching caustic translucent_color
-               automatic_materials].freeze
+  # The environment tab's setters that are not check boxes.
+  NOT_BOXES = %i[set_environment_background set_environment_brightness set_environment_contrast].freeze
+
+  # Every check box's setter, as the extension defines them.
+  def self.box_setters
+    Velmar::OptionsPanelWindow.public_instance_methods(false).grep(/\Aset_environment_/) - NOT_BOXES
+  end
 
   def self.options(argv)
     options = { warmup: 200 }
@@ -84,6 +89,7 @@ class SoakSession
   def initialize(panel, driver)
     @panel = panel
     @driver = driver
+    @box_setters = Soak.box_setters
   end
 
   # One session as a host script and its user go through it; the numbers vary
@@ -112,7 +118,7 @@ class SoakSession
     @panel.set_output_dimensions("fixed", 640 + i % 500, 480, 1024, 768)
     @panel.output_format = Soak::FORMATS[i % 4]
     @panel.set_output_directory(i.even? ? "custom" : "model", "/renders/#{i}")
-    Soak::OPTIONS.each { |o| @panel.public_send("set_environment_#{o}", i.odd?) }
+    @box_setters.each { |setter| @panel.public_send(setter, i.odd?) }
     @panel.set_environment_background(Soak::BACKGROUNDS[i % 3])
     @panel.set_environment_brightness(i % 101)
     @panel.set_environment_contrast(100 - i % 101)
