@@ -11,6 +11,7 @@ static VALUE held_value = Qnil;
 // How many script calls were in progress when it stopped.
 static long held_depth = 0;
 
+// Exit and signals must reach the interpreter's top, not an observer's report.
 static bool asks_to_leave(VALUE exception) {
   return RTEST(rb_obj_is_kind_of(exception, rb_eSystemExit)) ||
          RTEST(rb_obj_is_kind_of(exception, rb_eSignal));

@@ -1,5 +1,9 @@
-// What a jump out of Ruby code, stopped by rb_protect, carried, and how it is
-// held until it can go on.
+// A jump is Ruby leaving code early by longjmp: a raise, a throw, a break,
+// exit or a signal. rb_protect stops it where observer code is called. A jump
+// that must reach a caller outside the panel (exit, a signal, a throw or break
+// past the observer) is then held: kept here, running no Ruby code, until the
+// script call or the event loop lets it go on, with no toolkit frame below,
+// to where it was headed.
 #pragma once
 
 #include "binding/exports.h"
@@ -21,13 +25,10 @@ inline VALUE exception_of_jump() {
   return exception_of(rb_errinfo());
 }
 
-// Takes over the jump that rb_protect just stopped with `state`, if it is one
-// that asks to leave rather than to report (exit, a signal, a throw or a break
-// to a frame outside the panel); returns false for a plain exception, left in
-// rb_errinfo() for the caller. A held throw or break keeps its record in
-// rb_errinfo(), so no Ruby code may run until it goes on.
-// Remembers how many script calls were in progress, the innermost of which
-// lets it go on.
+// Holds the jump that rb_protect just stopped with `state`, unless it is a
+// plain exception: then false, the exception left in rb_errinfo(). A held
+// throw or break keeps its record in rb_errinfo(), so no Ruby code may run
+// until it goes on, from the innermost script call in progress now.
 bool hold_jump(int state);
 bool jump_held();
 // Lets the held jump go on from here, where no toolkit frame is below: an exit

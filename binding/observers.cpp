@@ -49,10 +49,10 @@ static VALUE deliver_from_next(VALUE argument) {
   return Qnil;
 }
 
-// Any jump out of Ruby code (raise, throw, exit) stops here, not in our frames.
-// A plain exception is handed on and delivery goes on; a jump that asks to
-// leave is held, and nothing more is delivered until it goes on. Returns false
-// when the body jumped out.
+// Any jump out of Ruby code (binding/jump.h) stops here, not in our frames.
+// A plain exception is handed on and delivery goes on; any other jump is held,
+// and nothing more is delivered until it goes on. Returns false when the body
+// jumped out.
 static bool protect(VALUE (*body)(VALUE), VALUE argument) {
   int state = 0;
   rb_protect(body, argument, &state);

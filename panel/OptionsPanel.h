@@ -1,5 +1,7 @@
-// The one controller of the options panel. Its instance variables are the
-// panel's controls, under the names that the rules and the apply step use.
+// OptionsPanel owns the panel's window and every control on it, builds them
+// and carries out what scripts and the user change (the rules files, README
+// "Layout"). Its instance variables are the controls, under the names the
+// rules and the OK step use.
 #pragma once
 
 #import "platform/platform.h"

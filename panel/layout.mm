@@ -2,13 +2,11 @@
 
 #import "panel/controls.h"
 
-// The panel is built at the frames that suit the English texts. Translations
-// are longer or shorter; this pass measures what each title needs and moves
-// or grows only what must make room for it. In each tab: a control to its
-// title, a button above to the row below it, the controls a label names past
-// that label, the right column past the left one. Then the tab view to its
-// widest tab and its tabs' labels, and the header's list, the window (up to
-// the screen's edge) and its buttons to the tab view.
+// The panel is built at frames that suit the English texts. This pass
+// measures what each translated title needs and moves or grows only what must
+// make room: in each tab a control for its title, a button for the row below,
+// controls past their label, the right column past the left; then the tab
+// view, the header's list, the window (up to the screen's edge) and its buttons.
 
 // Between the end of a label's text and the control beside it.
 static const CGFloat kLabelGap = 8;

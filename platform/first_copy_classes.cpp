@@ -1,13 +1,12 @@
-// GNUstep's runtime registers each library's Objective-C classes and
-// categories while the library loads, through __objc_exec_class, which the
-// compiler calls from the library's constructors. A later copy of an
-// extension brings classes of the same names: the runtime keeps the first
-// copy's classes, but puts the later copy's category methods onto them, so
-// the later copy's code would run on the first copy's objects, with its own
-// static state. Defined here and hidden, this is the function this library's
-// constructors call: it registers nothing while another loaded file owns the
-// class that marks the extension. Apple's runtime keeps each copy's classes
-// and categories apart (docs/MACOS.md), so macOS builds leave this file out.
+// GNUstep's runtime registers a library's Objective-C classes as it loads,
+// through __objc_exec_class. For a later copy of an extension it keeps the
+// first copy's classes but adds the later copy's category methods to them, so
+// that copy's code would run on the first copy's objects.
+
+// This hidden __objc_exec_class is the one this library's constructors call:
+// it registers nothing while another loaded file owns the extension's marker
+// class. Apple's runtime keeps copies apart (docs/MACOS.md): macOS builds
+// leave this file out.
 #include "platform/first_copy_classes.h"
 
 #include <dlfcn.h>

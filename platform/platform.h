@@ -80,18 +80,11 @@ static inline void DrawMissingSliderFocusRing(NSRect bar, NSView *view) {
 #endif
 }
 
-// GNUstep looks an image name up under every file type its image classes
-// know, and a name that no file has (the theme's own names for the check box,
-// radio button and combo arrow images, which it tries before the common ones)
-// costs a search of every library folder for each type: with ImageMagick's
-// some 250 types the first use of each control image costs 20-40 ms, and even
-// the other classes' fourteen types are a third of building the panel. The
-// toolkit's images are TIFF, a theme's TIFF or PNG: while the application
-// object and the panel are made and shown, one bitmap class that reads those
-// two alone stands in for the host's image classes (which also spares loading
-// ImageMagick's two hundred coder modules), and they are put back as they
-// were, in their order. Images found are cached by name; later draws find
-// them at once.
+// The short image search: while a ShortImageSearch lives, GNUstep looks an
+// image up as TIFF or PNG only (the toolkit's and themes' formats) rather than
+// under each of the host's image types (some 250 with ImageMagick), which
+// costs 20-40 ms for every theme image that has no file. The host's image
+// classes are put back afterwards, in their order; images found stay cached.
 #ifdef GNUSTEP
 static id ToolkitImageTypes(id, SEL) {
   return [NSArray arrayWithObjects:@"tiff", @"png", nil];
@@ -146,13 +139,10 @@ struct ShortImageSearch {
 };
 #endif
 
-// A button looks up the images of a look (lit, focused, disabled) when it
-// first draws it: at a key's press, a move of the focus or a script's change
-// long after the panel was built, past the short search, where listing the
-// host's image types maps ImageMagick's coders into the host (12 MiB). Each
-// kind of button draws those looks once while the search is short, into an
-// image that is thrown away: a box lit, a push button's bezel in each of the
-// theme's states but the normal one, which its first drawing showed.
+// A button finds the images of a look (lit, focused, disabled) when it first
+// draws it, which may be long after the short image search has ended and
+// would map ImageMagick's coders into the host (12 MiB). So each kind of
+// button draws its other looks once now, into an image that is thrown away.
 static inline void FindButtonImages(NSArray *buttons) {
 #ifdef GNUSTEP
   for (NSButton *button in buttons) {
