@@ -85,7 +85,7 @@ screenshots: build
 	  $(BUILD_DIR)/shots/$(lang)-environment-changed.png) docs/images/every-language.png
 
 format:
-	@clang-format -i binding/*.cpp binding/*.h panel/*.mm panel/*.h panel/*.cpp platform/*.h platform/*.cpp driver/*.mm \
+	@clang-format -i binding/*.cpp binding/*.h panel/*.mm panel/*.h panel/*.cpp platform/*.h platform/*.cpp driver/*.mm driver/*.h \
 	  host/*.mm host/*.cpp host/*.h
 
 clean:

@@ -36,6 +36,11 @@ constexpr ControlName kControlNames[] = {
     {"exposure", "myExposureSlider"},
 };
 
+// The title bar's close box, which the controller keeps no name for; the
+// driver finds it through the window. (Reset, the other such control, is
+// found by its title, which the caller gives.)
+constexpr const char kCloseBoxName[] = "close_box";
+
 // The controller's name for a readable one; any other name as it is.
 inline const char *ControllerName(const char *name) {
   for (const ControlName &entry : kControlNames)
