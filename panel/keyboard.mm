@@ -1,12 +1,11 @@
 #import "panel/OptionsPanel.h"
 
-// What a key does on the panel, as AppKit dialogs behave with full keyboard
-// access. The enabled controls on screen form the window's key-view loop in
-// the order a person reads the panel, linked again whenever the tab shown or
-// a control's enabled state changes. AppKit walks that loop on Tab (as far as
-// the user's keyboard-navigation setting reaches), sends Escape up the
-// responder chain as cancelOperation: and lets its tab view take Ctrl+Tab.
-// GNUstep takes those keys itself (platform/keyboard.mm).
+// The keyboard, as in AppKit dialogs with full keyboard access. The enabled
+// controls on screen form the key-view loop (the order Tab visits them) in the
+// order a person reads the panel, linked again when the tab shown or a
+// control's enabled state changes. AppKit itself walks it on Tab, sends Escape
+// as cancelOperation: and switches tabs on Ctrl+Tab; GNUstep needs the help of
+// platform/keyboard.mm.
 
 // Only the shown tab's controls are asked, and those are all on the window.
 static BOOL CanTakeFocus(NSView *control) {

@@ -1,15 +1,11 @@
 #import "panel/OptionsPanel.h"
 
 #ifdef GNUSTEP
-// GNUstep's keys on the panel, as AppKit dialogs behave with full keyboard
-// access. Its window takes the keys that move the focus, switch tabs and
-// close the panel before the focused control sees them, and walks the panel's
-// own order of controls rather than the toolkit's key-view chain: GNUstep
-// chains a tab's views in the order of their frames, which interleaves the
-// two columns and the header, a chain that reaches a non-editable combo box
-// stays there (its field editor keeps Tab to itself), its field editor
-// swallows Escape, and its tab view leaves Ctrl+Tab alone. AppKit needs none
-// of this (panel/keyboard.mm).
+// GNUstep's keys on the panel, as in AppKit dialogs. The panel's window takes
+// the keys that move the focus, switch tabs and close the panel before the
+// focused control sees them, and walks the panel's own order of controls:
+// GNUstep's own chain mixes the two columns, sticks at a list, loses Escape
+// in a field and ignores Ctrl+Tab. AppKit needs none of this (panel/keyboard.mm).
 
 // Characters of the keys the panel handles itself.
 static const unichar kTabKey = '\t';

@@ -3,15 +3,11 @@
 #ifdef GNUSTEP
 #import <GNUstepGUI/GSDisplayServer.h>
 
-// The back-end learns of X events from poll() on its connection, and takes
-// from Xlib whatever it holds each time the application asks for an event. A
-// release that Xlib has already read into its own queue, during a round trip
-// made while the press was handled, leaves nothing for poll() to report: a
-// button's tracking loop, which waits with no time limit, then sleeps through
-// the release the user already gave until some other X event arrives, and a
-// quick click on the close box hangs the panel. A timer that wakes the loops
-// that wait so is enough: at each wake-up the application asks again and the
-// back-end takes the release. It runs only while those loops do.
+// GNUstep's back-end waits for X events with poll(). A mouse release that Xlib
+// already read into its own queue leaves poll() nothing to report, so a
+// button's tracking loop sleeps through it and a quick click on the close box
+// hangs the panel. A timer wakes the loops that wait so, only while they run:
+// at each wake-up the back-end takes the release from Xlib.
 @interface VOPRunLoopWaker : NSObject
 - (void)wake:(NSTimer *)timer;
 @end
