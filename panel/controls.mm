@@ -168,8 +168,17 @@ NSButton *MakeCheckBox(NSRect frame, NSString *title, id target) {
   return box;
 }
 
+// A field made in code wraps a long text onto lines it has no room for, on
+// AppKit as on GNUstep, and shows only the last fragment: told to keep one
+// line, it scrolls to the caret instead.
 NSTextField *MakeTextField(NSRect frame) {
-  return [[[NSTextField alloc] initWithFrame:frame] autorelease];
+  NSTextField *field = [[[VOPTextField alloc] initWithFrame:frame] autorelease];
+  NSTextFieldCell *cell = [field cell];
+  [cell setWraps:NO];
+  [cell setScrollable:YES];
+  [cell setLineBreakMode:NSLineBreakByClipping];
+  [cell setUsesSingleLineMode:YES];
+  return field;
 }
 
 NSComboBox *MakeComboBox(NSRect frame) {

@@ -57,6 +57,21 @@ static inline CGWindowLevel CGWindowLevelForKey(CGWindowLevelKey) {
 @compatibility_alias VOPRadioButtonCell NSButtonCell;
 #endif
 
+// The keys that edit text on a Linux desktop (Ctrl+X, C, V, A, Z, Shift+Delete,
+// Ctrl+Insert, Shift+Insert, and the command key's letters) for the field being
+// edited; YES when the key was one of them or a chord that must type nothing.
+// AppKit's host menu routes the command key's letters itself (NO).
+BOOL PerformEditingKey(NSWindow *window, NSEvent *event);
+
+// A text field that offers Cut, Copy, Paste and Select All on a right click,
+// which GNUstep's fields do not; AppKit's field editor has that menu already.
+#ifdef GNUSTEP
+@interface VOPTextField : NSTextField
+@end
+#else
+@compatibility_alias VOPTextField NSTextField;
+#endif
+
 // GNUstep draws a slider's bar over the whole of a tall frame; AppKit draws a
 // regular horizontal slider without tick marks 21 points high, whatever the frame.
 static inline CGFloat NaturalSliderHeight(NSSliderCell *cell) {

@@ -74,7 +74,7 @@ module XSession
   # directory, and the one that starts a daemon ties it to its X server: a
   # session of its own keeps the suite's daemons off a server that goes away.
   def environment
-    { "DISPLAY" => @display, "TEMP" => @temp, "TMPDIR" => @temp }
+    { "DISPLAY" => @display, "TEMP" => @temp, "TMPDIR" => @temp }.merge(@config ? { "GNUSTEP_CONFIG_FILE" => @config } : {})
   end
 
   # A display number of its own, far from the low numbers that servers left
@@ -107,6 +107,18 @@ module XSession
     rescue Errno::ESRCH, Errno::ECHILD
       # already gone
     end
+  end
+
+  # Debian's openbox on the session's X server, with GNUstep's defaults as a
+  # user has them (nothing set), with which the window manager draws title bars.
+  def start_openbox
+    @config = File.join(@temp, "GNUstep.conf")
+    lines = File.readlines(ENV.fetch("GNUSTEP_CONFIG_FILE", "/etc/GNUstep/GNUstep.conf"))
+    lines = lines.grep_v(/^GNUSTEP_USER_DEFAULTS_DIR=/) << "GNUSTEP_USER_DEFAULTS_DIR=#{@temp}/Defaults\n"
+    File.write(@config, lines.join)
+    # What openbox says, if anything, is on the test's own error output.
+    (@pids ||= []) << spawn(environment, "openbox", "--sm-disable", out: File::NULL)
+    wait_for("the window manager") { output_of("wmctrl", "-m", check: false) }
   end
 
   # Starts the host on the plugin (or another program that runs it, a plain

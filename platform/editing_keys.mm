@@ -1,0 +1,122 @@
+#import "platform/platform.h"
+
+#ifdef GNUSTEP
+// GNUstep's field editor knows cut:, copy:, paste: and selectAll:, but with
+// no main menu nothing sends them: Ctrl+V did nothing, Ctrl+A moved the caret
+// to the start of the line (an Emacs binding), and Alt, GNUstep's command key,
+// typed its letter (Alt+C put "c" into a field). These are the keys that edit
+// text on a Linux desktop, as other toolkits' fields take them.
+
+static const NSEventModifierFlags kChordFlags = NSControlKeyMask | NSCommandKeyMask;
+
+static SEL ActionOfLetter(unichar letter, NSEventModifierFlags flags) {
+  if (!(flags & kChordFlags))
+    return NULL;
+  switch (letter) {
+  case 'x':
+    return @selector(cut:);
+  case 'c':
+    return @selector(copy:);
+  case 'v':
+    return @selector(paste:);
+  case 'a':
+    return @selector(selectAll:);
+  case 'z':
+    return (flags & NSShiftKeyMask) ? @selector(redo:) : @selector(undo:);
+  default:
+    return NULL;
+  }
+}
+
+// The older keys of the same actions: Shift+Delete, Ctrl+Insert, Shift+Insert.
+static SEL ActionOfFunctionKey(unichar key, NSEventModifierFlags flags) {
+  if (key == NSDeleteFunctionKey && (flags & NSShiftKeyMask))
+    return @selector(cut:);
+  if (key == NSInsertFunctionKey && (flags & NSControlKeyMask))
+    return @selector(copy:);
+  if (key == NSInsertFunctionKey && (flags & NSShiftKeyMask))
+    return @selector(paste:);
+  return NULL;
+}
+
+// A character that would be typed: not a control character, not a key such
+// as an arrow or Delete, which GNUstep gives characters of a private range.
+static BOOL IsTyped(unichar key) {
+  return key >= 0x20 && key != 0x7f && !(key >= 0xf700 && key <= 0xf8ff);
+}
+
+static void Perform(SEL action, NSText *editor) {
+  NSUndoManager *undo = [editor undoManager];
+  if (action == @selector(undo:))
+    [undo undo];
+  else if (action == @selector(redo:))
+    [undo redo];
+  else
+    [editor performSelector:action withObject:nil];
+}
+
+BOOL PerformEditingKey(NSWindow *window, NSEvent *event) {
+  NSResponder *responder = [window firstResponder];
+  NSString *characters = [[event charactersIgnoringModifiers] lowercaseString];
+  if (![responder isKindOfClass:[NSText class]] || ![(NSText *)responder isFieldEditor] ||
+      [characters length] != 1)
+    return NO;
+  unichar key = [characters characterAtIndex:0];
+  NSEventModifierFlags flags = [event modifierFlags];
+  SEL action = ActionOfLetter(key, flags) ?: ActionOfFunctionKey(key, flags);
+  if (action) {
+    Perform(action, (NSText *)responder);
+    return YES;
+  }
+  // Any other chord is swallowed, so that it never types its letter.
+  return (flags & kChordFlags) && IsTyped(key);
+}
+
+// GNUstep offers no menu on a right click in a field; this one has what other
+// toolkits' fields offer. Its items go to the field editor, which is the
+// first responder while a field is edited.
+static NSMenu *EditMenu() {
+  static NSMenu *menu = nil;
+  if (menu)
+    return menu;
+  menu = [[NSMenu alloc] initWithTitle:@""];
+  [menu addItemWithTitle:@"Cut" action:@selector(cut:) keyEquivalent:@""];
+  [menu addItemWithTitle:@"Copy" action:@selector(copy:) keyEquivalent:@""];
+  [menu addItemWithTitle:@"Paste" action:@selector(paste:) keyEquivalent:@""];
+  [menu addItemWithTitle:@"Select All" action:@selector(selectAll:) keyEquivalent:@""];
+  return menu;
+}
+
+@implementation VOPTextField
+
+// A right click on a field not yet edited starts the edit, as a left click
+// does, so that the menu's items reach its text. GNUstep's menu closes as the
+// button that opened it is released: opened at the release, it stays up as
+// other toolkits' menus do after a click, until an item or elsewhere is clicked.
+- (void)rightMouseDown:(NSEvent *)event {
+  if ([self isEnabled])
+    [[self window] makeFirstResponder:self];
+}
+
+- (void)rightMouseUp:(NSEvent *)event {
+  NSText *editor = [[self window] fieldEditor:NO forObject:self];
+  if ([self isEnabled] && [editor delegate] == self)
+    [NSMenu popUpContextMenu:EditMenu() withEvent:event forView:editor];
+}
+
+// The field editor is shared by the window's fields: once it edits one, a
+// right click on it while it edits any field offers the same menu.
+- (BOOL)becomeFirstResponder {
+  BOOL became = [super becomeFirstResponder];
+  [[[self window] fieldEditor:NO forObject:self] setMenu:EditMenu()];
+  return became;
+}
+
+@end
+#else
+BOOL PerformEditingKey(NSWindow *window, NSEvent *event) {
+  (void)window;
+  (void)event;
+  return NO;
+}
+#endif
