@@ -89,6 +89,14 @@ static NSMenu *EditMenu() {
 
 @implementation VOPTextField
 
+// Made with the field, while the panel is built: a menu looks up images as it
+// is made, which later would cost the host the long image search.
+- (instancetype)initWithFrame:(NSRect)frame {
+  self = [super initWithFrame:frame];
+  [self setMenu:EditMenu()];
+  return self;
+}
+
 // A right click on a field not yet edited starts the edit, as a left click
 // does, so that the menu's items reach its text. GNUstep's menu closes as the
 // button that opened it is released: opened at the release, it stays up as
