@@ -1,23 +1,9 @@
 #import "platform/platform.h"
 
 #ifdef GNUSTEP
-#import <GNUstepGUI/GSDisplayServer.h>
+#import "platform/x_windows.h"
 
 #include <X11/Xatom.h>
-#include <X11/Xlib.h>
-
-#include <cstdint>
-
-// The X back-end's connection and a window's X window, which GNUstep's display
-// server hands out as opaque pointers.
-static Display *XDisplay() {
-  return static_cast<Display *>([GSCurrentServer() serverDevice]);
-}
-
-static Window XWindowOf(NSWindow *window) {
-  return static_cast<Window>(
-      reinterpret_cast<uintptr_t>([GSCurrentServer() windowDevice:[window windowNumber]]));
-}
 
 static bool HasState(Display *display, Window xwindow, Atom state, Atom wanted) {
   Atom type = None;
