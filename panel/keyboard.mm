@@ -15,7 +15,9 @@ static const unichar kEscapeKey = 0x1b;
 
 - (void)sendEvent:(NSEvent *)event {
   if ([event type] == NSEventTypeKeyDown && [[self delegate] isKindOfClass:[OptionsPanel class]] &&
-      ([(OptionsPanel *)[self delegate] handleKeyDown:event] || PerformEditingKey(self, event)))
+      [(OptionsPanel *)[self delegate] handleKeyDown:event])
+    return;
+  if (HandleEditingEvent(self, event))
     return;
   [super sendEvent:event];
 }

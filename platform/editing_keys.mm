@@ -55,7 +55,7 @@ static void Perform(SEL action, NSText *editor) {
     [editor performSelector:action withObject:nil];
 }
 
-BOOL PerformEditingKey(NSWindow *window, NSEvent *event) {
+static BOOL PerformEditingKey(NSWindow *window, NSEvent *event) {
   NSResponder *responder = [window firstResponder];
   NSString *characters = [[event charactersIgnoringModifiers] lowercaseString];
   if (![responder isKindOfClass:[NSText class]] || ![(NSText *)responder isFieldEditor] ||
@@ -97,32 +97,47 @@ static NSMenu *EditMenu() {
   return self;
 }
 
-// A right click on a field not yet edited starts the edit, as a left click
-// does, so that the menu's items reach its text. GNUstep's menu closes as the
-// button that opened it is released: opened at the release, it stays up as
-// other toolkits' menus do after a click, until an item or elsewhere is clicked.
-- (void)rightMouseDown:(NSEvent *)event {
-  if ([self isEnabled])
-    [[self window] makeFirstResponder:self];
-}
-
-- (void)rightMouseUp:(NSEvent *)event {
-  NSText *editor = [[self window] fieldEditor:NO forObject:self];
-  if ([self isEnabled] && [editor delegate] == self)
-    [NSMenu popUpContextMenu:EditMenu() withEvent:event forView:editor];
-}
-
-// The field editor is shared by the window's fields: once it edits one, a
-// right click on it while it edits any field offers the same menu.
-- (BOOL)becomeFirstResponder {
-  BOOL became = [super becomeFirstResponder];
-  [[[self window] fieldEditor:NO forObject:self] setMenu:EditMenu()];
-  return became;
-}
-
 @end
+
+// The field under a right press or release, whether it is edited (the field
+// editor lies over it then) or not. GNUstep did not always hand the press to
+// the view under it, so the window does.
+static VOPTextField *FieldUnder(NSWindow *window, NSEvent *event) {
+  NSView *view = [[window contentView] hitTest:[event locationInWindow]];
+  if ([view isKindOfClass:[NSText class]] && [(NSText *)view isFieldEditor])
+    view = (NSView *)[(NSText *)view delegate];
+  return [view isKindOfClass:[VOPTextField class]] && [(NSControl *)view isEnabled]
+             ? (VOPTextField *)view
+             : nil;
+}
+
+// A right press starts the field's edit, as a left press does, so that the
+// menu's items reach its text. GNUstep's menu closes as the button that opened
+// it is released: opened at the release, it stays up as other toolkits' menus
+// do after a click, until an item or elsewhere is clicked.
+static BOOL OfferEditMenu(NSWindow *window, NSEvent *event) {
+  VOPTextField *field = FieldUnder(window, event);
+  if (!field)
+    return NO;
+  if ([event type] == NSRightMouseDown)
+    [window makeFirstResponder:field];
+  else if ([field currentEditor])
+    [NSMenu popUpContextMenu:[field menu] withEvent:event forView:[field currentEditor]];
+  return YES;
+}
+BOOL HandleEditingEvent(NSWindow *window, NSEvent *event) {
+  switch ([event type]) {
+  case NSKeyDown:
+    return PerformEditingKey(window, event);
+  case NSRightMouseDown:
+  case NSRightMouseUp:
+    return OfferEditMenu(window, event);
+  default:
+    return NO;
+  }
+}
 #else
-BOOL PerformEditingKey(NSWindow *window, NSEvent *event) {
+BOOL HandleEditingEvent(NSWindow *window, NSEvent *event) {
   (void)window;
   (void)event;
   return NO;

@@ -59,12 +59,13 @@ static inline CGWindowLevel CGWindowLevelForKey(CGWindowLevelKey) {
 
 // The keys that edit text on a Linux desktop (Ctrl+X, C, V, A, Z, Shift+Delete,
 // Ctrl+Insert, Shift+Insert, and the command key's letters) for the field being
-// edited; YES when the key was one of them or a chord that must type nothing.
-// AppKit's host menu routes the command key's letters itself (NO).
-BOOL PerformEditingKey(NSWindow *window, NSEvent *event);
+// edited, and a right click's menu of Cut, Copy, Paste and Select All on a
+// field (platform/editing_keys.mm); YES when the event was one of them, or a
+// chord that must type nothing. AppKit's host menu routes the command key's
+// letters itself, and its field editor has that menu (NO).
+BOOL HandleEditingEvent(NSWindow *window, NSEvent *event);
 
-// A text field that offers Cut, Copy, Paste and Select All on a right click,
-// which GNUstep's fields do not; AppKit's field editor has that menu already.
+// A text field that has that menu, made with it.
 #ifdef GNUSTEP
 @interface VOPTextField : NSTextField
 @end

@@ -13,7 +13,7 @@ class WindowManagerTest < Minitest::Test
 
   def setup
     super
-    start_openbox
+    start_window_manager
   end
 
   # The panel above a window the user clicked, its folder chooser above it; the

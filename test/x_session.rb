@@ -109,15 +109,18 @@ module XSession
     end
   end
 
-  # Debian's openbox on the session's X server, with GNUstep's defaults as a
+  # Window managers as Debian has them; xfwm4 ends at once without a session bus.
+  WINDOW_MANAGERS = { "openbox" => %w[openbox --sm-disable],
+                      "xfwm4" => %w[dbus-run-session -- xfwm4 --sm-client-disable] }.freeze
+
+  # A window manager on the session's X server, with GNUstep's defaults as a
   # user has them (nothing set), with which the window manager draws title bars.
-  def start_openbox
+  def start_window_manager(name = "openbox")
     @config = File.join(@temp, "GNUstep.conf")
     lines = File.readlines(ENV.fetch("GNUSTEP_CONFIG_FILE", "/etc/GNUstep/GNUstep.conf"))
     lines = lines.grep_v(/^GNUSTEP_USER_DEFAULTS_DIR=/) << "GNUSTEP_USER_DEFAULTS_DIR=#{@temp}/Defaults\n"
     File.write(@config, lines.join)
-    # What openbox says, if anything, is on the test's own error output.
-    (@pids ||= []) << spawn(environment, "openbox", "--sm-disable", out: File::NULL)
+    (@pids ||= []) << spawn(environment, *WINDOW_MANAGERS.fetch(name), %i[out err] => File::NULL)
     wait_for("the window manager") { output_of("wmctrl", "-m", check: false) }
   end
 
