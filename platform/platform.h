@@ -251,8 +251,9 @@ static inline void DropFinishedTimers() {
 }
 
 // The modal-panel level keeps the panel above other windows on AppKit; under
-// an X window manager the panel asks for it (platform/window_manager.mm).
-void KeepAboveOtherWindows(NSWindow *window);
+// an X window manager the panel asks for it, to be listed where a person
+// switches windows, and for no maximise button (platform/window_manager.mm).
+void SetPanelWindowManagerHints(NSWindow *window);
 
 // Brings the folder chooser on screen over the panel, where a window manager
 // keeps it above the panel and may close it as a cancel; runModal then runs it.

@@ -39,6 +39,7 @@ class DesktopInputTest < Minitest::Test
     folder = next_line.tap { |kind, _| assert_equal "folder", kind }.last
     pick_and_close_lists(points["size"])
     edit_with_clipboard_keys(points, folder)
+    switch_away_and_back if @config
     click(points["ok"])
     assert_equal %w[fixed 2048 2048 png custom] + [LONG_PATH], events_until_close.assoc("output_changed").last.first(6)
   end
@@ -86,6 +87,16 @@ class DesktopInputTest < Minitest::Test
     assert_equal "2048", wait_for("the copied width") { clipboard == "2048" && clipboard }
     # The command key's letters and other chords type nothing.
     xdotool("key", "alt+c", "alt+v", "ctrl+q", "Tab", "ctrl+a", "shift+Insert")
+  end
+
+  # A person who switched to the other program finds the panel with Alt+Tab;
+  # the fixed-size panel offers no maximise.
+  def switch_away_and_back
+    panel = xdotool("search", "--name", TITLE).split.first
+    refute_match(/MAXIMIZE/, output_of("xprop", "-id", panel, "_NET_WM_ALLOWED_ACTIONS"))
+    xdotool("windowactivate", "--sync", xdotool("search", "--name", "xmessage").split.first)
+    xdotool("keydown", "alt", "key", "Tab", "keyup", "alt")
+    wait_for("Alt+Tab to bring the panel back") { xdotool("getwindowfocus").chomp == panel }
   end
 
   # The X windows on screen; a window that goes while they are listed fails a listing.
