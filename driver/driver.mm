@@ -14,6 +14,7 @@
 #include "binding/exports.h"
 #include "binding/jump.h"
 #include "driver/control_names.h"
+#import "driver/keys.h"
 #import "platform/platform.h"
 
 // A slider that draws, and takes presses, on a track narrower than its frame.
@@ -453,6 +454,24 @@ static VALUE press_return(VALUE, VALUE name) {
   });
 }
 
+// A key pressed and released as the toolkit receives it (driver/keys.mm): the
+// panel's window hands it to the focused control.
+static VALUE key(VALUE, VALUE spec) {
+  const char *text = StringValueCStr(spec);
+  return Drive([=] {
+    NSWindow *window = PanelWindow();
+    NSString *name = [NSString stringWithUTF8String:text];
+    NSEvent *press = name ? KeyPressFor(name, window) : nil;
+    if (!press)
+      Refuse(@"no key %s", text);
+    if (![window isVisible])
+      Refuse(@"the panel is closed: no key reaches it");
+    [window sendEvent:press];
+    [window sendEvent:KeyReleaseOf(press)];
+    return (id)nil;
+  });
+}
+
 static VALUE close_box(VALUE) {
   return Drive([] {
     [PanelWindow() performClose:nil];
@@ -884,6 +903,7 @@ extern "C" __attribute__((visibility("default"))) void Init_OptionsPanelDriver()
   define(driver, "replace", VELMAR_GUARDED(replace), 2);
   define(driver, "clear", VELMAR_GUARDED(clear), 1);
   define(driver, "press_return", VELMAR_GUARDED(press_return), 1);
+  define(driver, "key", VELMAR_GUARDED(key), 1);
   define(driver, "close_box", VELMAR_GUARDED(close_box), 0);
   define(driver, "choose_tab", VELMAR_GUARDED(choose_tab), 1);
   define(driver, "process_events", VELMAR_GUARDED(process_events), 0);

@@ -61,6 +61,10 @@ static BOOL PerformEditingKey(NSWindow *window, NSEvent *event) {
   if (![responder isKindOfClass:[NSText class]] || ![(NSText *)responder isFieldEditor] ||
       [characters length] != 1)
     return NO;
+  // GNUstep's field editor keeps no undo unless told, and then keeps it in the
+  // window's undo manager.
+  if ([responder isKindOfClass:[NSTextView class]])
+    [(NSTextView *)responder setAllowsUndo:YES];
   unichar key = [characters characterAtIndex:0];
   NSEventModifierFlags flags = [event modifierFlags];
   SEL action = ActionOfLetter(key, flags) ?: ActionOfFunctionKey(key, flags);
