@@ -169,15 +169,15 @@ NSButton *MakeCheckBox(NSRect frame, NSString *title, id target) {
 }
 
 // A field made in code wraps a long text onto lines it has no room for, on
-// AppKit as on GNUstep, and shows only the last fragment: told to keep one
-// line, it scrolls to the caret instead.
+// AppKit as on GNUstep, and shows only the last fragment: told not to wrap,
+// it scrolls to the caret on one line instead. Single-line mode is left off:
+// GNUstep's drops line-break characters (U+0085) from the text itself.
 NSTextField *MakeTextField(NSRect frame) {
   NSTextField *field = [[[VOPTextField alloc] initWithFrame:frame] autorelease];
   NSTextFieldCell *cell = [field cell];
   [cell setWraps:NO];
   [cell setScrollable:YES];
   [cell setLineBreakMode:NSLineBreakByClipping];
-  [cell setUsesSingleLineMode:YES];
   return field;
 }
 
@@ -265,9 +265,16 @@ void SelectComboIndex(NSComboBox *combo, NSInteger index) {
   ShowComboItem(combo, index);
 }
 
+// A control disabled while it has the focus would keep it, and the keys with
+// it, though a person can no longer use it: the focus leaves it, as it leaves
+// a field, and the next Tab starts from the first control.
 void SetEnabled(NSControl *control, BOOL enabled) {
-  if (![control isEnabled] != !enabled)
-    [control setEnabled:enabled];
+  if (![control isEnabled] == !enabled)
+    return;
+  [control setEnabled:enabled];
+  NSWindow *window = [control window];
+  if (!enabled && [window firstResponder] == control)
+    [window makeFirstResponder:nil];
 }
 
 void SetFieldEnabled(NSTextField *field, BOOL enabled) {
