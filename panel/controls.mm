@@ -182,7 +182,7 @@ NSTextField *MakeTextField(NSRect frame) {
 }
 
 NSComboBox *MakeComboBox(NSRect frame) {
-  NSComboBox *combo = [[[NSComboBox alloc] initWithFrame:frame] autorelease];
+  NSComboBox *combo = [[[VOPComboBox alloc] initWithFrame:frame] autorelease];
   [combo setEditable:NO];
   return combo;
 }

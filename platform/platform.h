@@ -65,6 +65,15 @@ static inline CGWindowLevel CGWindowLevelForKey(CGWindowLevelKey) {
 // letters itself, and its field editor has that menu (NO).
 BOOL HandleEditingEvent(NSWindow *window, NSEvent *event);
 
+// A list (a non-editable combo box) that shows a focus frame while it has the
+// focus, which GNUstep's does not; AppKit draws its focus ring itself.
+#ifdef GNUSTEP
+@interface VOPComboBox : NSComboBox
+@end
+#else
+@compatibility_alias VOPComboBox NSComboBox;
+#endif
+
 // A text field that has that menu, made with it.
 #ifdef GNUSTEP
 @interface VOPTextField : NSTextField

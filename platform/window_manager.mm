@@ -32,9 +32,9 @@ static std::vector<Atom> States(Display *display, Window xwindow, Atom state) {
 // changed, since the window may be between the two while a map request is on
 // its way.
 static void ChangeState(NSWindow *window, const char *name, bool add) {
-  Display *display = XDisplay();
-  Window xwindow = XWindowOf(window);
-  if (!display || !xwindow)
+  Display *display = nullptr;
+  Window xwindow = None;
+  if (!XWindowOn(window, &display, &xwindow))
     return;
   Atom state = XInternAtom(display, "_NET_WM_STATE", False);
   Atom changed = XInternAtom(display, name, False);
@@ -85,11 +85,7 @@ static void ListInWindowSwitchers(NSWindow *window) {
 // The panel has a fixed size, but openbox offered a maximise button that did
 // nothing: the window manager learns from the window's Motif hints which of
 // its actions apply, and GNUstep names none. A dialog is moved and closed.
-static void OfferMoveAndCloseOnly(NSWindow *window) {
-  Display *display = XDisplay();
-  Window xwindow = XWindowOf(window);
-  if (!display || !xwindow)
-    return;
+static void OfferMoveAndCloseOnly(Display *display, Window xwindow) {
   Atom hintsAtom = XInternAtom(display, "_MOTIF_WM_HINTS", False);
   // flags, functions, decorations, input mode, status: as longs, Xlib's 32-bit items.
   long hints[5] = {0, 0, 0, 0, 0};
@@ -113,9 +109,9 @@ static void OfferMoveAndCloseOnly(NSWindow *window) {
 }
 
 static void OfferDeleteWindow(NSWindow *window) {
-  Display *display = XDisplay();
-  Window xwindow = XWindowOf(window);
-  if (!display || !xwindow)
+  Display *display = nullptr;
+  Window xwindow = None;
+  if (!XWindowOn(window, &display, &xwindow))
     return;
   Atom deleteWindow = XInternAtom(display, "WM_DELETE_WINDOW", False);
   Atom *protocols = nullptr;
@@ -141,7 +137,10 @@ void SetPanelWindowManagerHints(NSWindow *window) {
 #ifdef GNUSTEP
   AddAboveState(window);
   ListInWindowSwitchers(window);
-  OfferMoveAndCloseOnly(window);
+  Display *display = nullptr;
+  Window xwindow = None;
+  if (XWindowOn(window, &display, &xwindow))
+    OfferMoveAndCloseOnly(display, xwindow);
 #else
   (void)window;
 #endif

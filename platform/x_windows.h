@@ -18,4 +18,11 @@ static inline Window XWindowOf(NSWindow *window) {
   return static_cast<Window>(
       reinterpret_cast<uintptr_t>([GSCurrentServer() windowDevice:[window windowNumber]]));
 }
+
+// Both, or false while the window has no X window yet.
+static inline bool XWindowOn(NSWindow *window, Display **display, Window *xwindow) {
+  *display = XDisplay();
+  *xwindow = XWindowOf(window);
+  return *display && *xwindow;
+}
 #endif

@@ -8,11 +8,7 @@ require_relative "x_session"
 class DesktopInputTest < Minitest::Test
   include XSession
 
-  PLUGIN = (PLUGIN_PRELUDE + <<~RUBY).freeze
-    panel.set_output_dimensions("fixed", 1280, 720, 640, 480)
-    print_points(driver)
-    puts JSON.dump(["folder", driver.screen_point(:folder, nil) + driver.control(:folder)[:drawn_in_window][2, 2]])
-  RUBY
+  PLUGIN = (PLUGIN_PRELUDE + "print_points(driver)\n").freeze
 
   LONG_PATH = "/home/person/projects/a house by the lake/renders/final frames for the client".freeze
 
@@ -36,9 +32,9 @@ class DesktopInputTest < Minitest::Test
     (@pids ||= []) << spawn(environment, "xmessage", "-geometry", "+0+0", "another program", %i[out err] => File::NULL)
     wait_for("the other program") { output_of("xdotool", "search", "--onlyvisible", "--name", "xmessage", check: false) }
     points = start_host
-    folder = next_line.tap { |kind, _| assert_equal "folder", kind }.last
+    click(points["fixed"])
     pick_and_close_lists(points["size"])
-    edit_with_clipboard_keys(points, folder)
+    edit_with_clipboard_keys(points, points["folder"])
     switch_away_and_back if @config
     click(points["ok"])
     assert_equal %w[fixed 2048 2048 png custom] + [LONG_PATH], events_until_close.assoc("output_changed").last.first(6)

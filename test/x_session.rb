@@ -31,7 +31,7 @@ module XSession
       driver.choose_tab(1)
       points = { "clay" => place.(:clay), "intensity" => place.(:intensity) }
       driver.choose_tab(0)
-      %i[size width ok choose_folder].each { |name| points[name] = place.(name) }
+      %i[size width ok folder choose_folder].each { |name| points[name] = place.(name) }
       points.update("fixed" => driver.screen_point(:size_mode, 1), "environment" => driver.screen_point(:tabs, 1),
                     "close_box" => driver.screen_point(:close_box, nil))
       deadline = Time.now + #{LIMIT}
