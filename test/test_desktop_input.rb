@@ -30,12 +30,14 @@ class DesktopInputTest < Minitest::Test
 
   def lists_and_editing
     (@pids ||= []) << spawn(environment, "xmessage", "-geometry", "+0+0", "another program", %i[out err] => File::NULL)
-    wait_for("the other program") { output_of("xdotool", "search", "--onlyvisible", "--name", "xmessage", check: false) }
+    other_program = %w[xdotool search --onlyvisible --name xmessage]
+    wait_for("the other program") { output_of(*other_program, check: false) }
     points = start_host
     click(points["fixed"])
     pick_and_close_lists(points["size"])
     edit_with_clipboard_keys(points, points["folder"])
     switch_away_and_back if @config
+    chooser_closed(points["choose_folder"])
     click(points["ok"])
     assert_equal %w[fixed 2048 2048 png custom] + [LONG_PATH], events_until_close.assoc("output_changed").last.first(6)
   end
@@ -95,9 +97,20 @@ class DesktopInputTest < Minitest::Test
     wait_for("Alt+Tab to bring the panel back") { xdotool("getwindowfocus").chomp == panel }
   end
 
+  # The folder chooser's Cancel (Escape) gives the panel the keys back.
+  def chooser_closed(button)
+    shown = windows
+    panel_has_keys = -> { output_of("xdotool", "getwindowfocus", "getwindowname") == "#{TITLE}\n" }
+    click(button)
+    wait_for("the chooser to take the keys") { (windows - shown).any? && !panel_has_keys.call }
+    xdotool("key", "Escape")
+    wait_for("the panel to have the keys again") { panel_has_keys.call }
+  end
+
   # The X windows on screen; a window that goes while they are listed fails a listing.
   def windows
-    wait_for("a list of windows") { output_of("xdotool", "search", "--onlyvisible", "--name", ".*", check: false) }.split
+    listing = %w[xdotool search --onlyvisible --name .*]
+    wait_for("a list of windows") { output_of(*listing, check: false) }.split
   end
 
   def offer_clipboard(text)

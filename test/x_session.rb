@@ -74,7 +74,8 @@ module XSession
   # directory, and the one that starts a daemon ties it to its X server: a
   # session of its own keeps the suite's daemons off a server that goes away.
   def environment
-    { "DISPLAY" => @display, "TEMP" => @temp, "TMPDIR" => @temp }.merge(@config ? { "GNUSTEP_CONFIG_FILE" => @config } : {})
+    settings = @config ? { "GNUSTEP_CONFIG_FILE" => @config } : {}
+    { "DISPLAY" => @display, "TEMP" => @temp, "TMPDIR" => @temp }.merge(settings)
   end
 
   # A display number of its own, far from the low numbers that servers left
