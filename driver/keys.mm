@@ -2,6 +2,8 @@
 
 #import "platform/platform.h"
 
+#include <cctype>
+
 struct NamedKey {
   const char *name;
   unichar character;

@@ -119,7 +119,7 @@ static id SharedList() {
 
 @end
 
-void MakePopUpListsLikeADesktops() {
+void EndPopUpListsAsOtherToolkitsDo() {
   static VOPPopUpListEnder *ender = nil;
   if (ender)
     return;

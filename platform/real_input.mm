@@ -46,7 +46,7 @@ static void ReadMouseSettings(id server) {
 }
 
 // platform/pop_up_lists.mm
-void MakePopUpListsLikeADesktops();
+void EndPopUpListsAsOtherToolkitsDo();
 
 #endif
 
@@ -54,6 +54,6 @@ void PrepareRealInput() {
 #ifdef GNUSTEP
   ReadMouseSettings(GSCurrentServer());
   WakeWaitingLoops();
-  MakePopUpListsLikeADesktops();
+  EndPopUpListsAsOtherToolkitsDo();
 #endif
 }
