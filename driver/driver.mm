@@ -456,12 +456,12 @@ static VALUE press_return(VALUE, VALUE name) {
 
 // A key pressed and released as the toolkit receives it (driver/keys.mm): the
 // panel's window hands it to the focused control.
-static VALUE key(VALUE, VALUE spec) {
-  const char *text = StringValueCStr(spec);
+static VALUE key(VALUE, VALUE name) {
+  const char *text = StringValueCStr(name);
   return Drive([=] {
     NSWindow *window = PanelWindow();
-    NSString *name = [NSString stringWithUTF8String:text];
-    NSEvent *press = name ? KeyPressFor(name, window) : nil;
+    NSString *keys = [NSString stringWithUTF8String:text];
+    NSEvent *press = keys ? KeyPressFor(keys, window) : nil;
     if (!press)
       Refuse(@"no key %s", text);
     if (![window isVisible])

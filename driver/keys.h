@@ -6,7 +6,7 @@
 #import <AppKit/AppKit.h>
 
 // The key's press for the window, or nil for a name it does not know.
-NSEvent *KeyPressFor(NSString *spec, NSWindow *window);
+NSEvent *KeyPressFor(NSString *name, NSWindow *window);
 
 // The key's release, which follows its press.
 NSEvent *KeyReleaseOf(NSEvent *press);

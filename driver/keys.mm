@@ -93,8 +93,8 @@ static NSEvent *KeyEvent(NSEventType type, NSEventModifierFlags flags, NSString 
                            keyCode:0];
 }
 
-NSEvent *KeyPressFor(NSString *spec, NSWindow *window) {
-  NSMutableArray *words = [[[spec componentsSeparatedByString:@"+"] mutableCopy] autorelease];
+NSEvent *KeyPressFor(NSString *name, NSWindow *window) {
+  NSMutableArray *words = [[[name componentsSeparatedByString:@"+"] mutableCopy] autorelease];
   unichar character = KeyCharacter([words lastObject]);
   [words removeLastObject];
   NSEventModifierFlags flags = 0;
