@@ -121,7 +121,9 @@ module XSession
     lines = File.readlines(ENV.fetch("GNUSTEP_CONFIG_FILE", "/etc/GNUstep/GNUstep.conf"))
     lines = lines.grep_v(/^GNUSTEP_USER_DEFAULTS_DIR=/) << "GNUSTEP_USER_DEFAULTS_DIR=#{@temp}/Defaults\n"
     File.write(@config, lines.join)
-    (@pids ||= []) << spawn(environment, *WINDOW_MANAGERS.fetch(name), %i[out err] => File::NULL)
+    # Another program: the sanitizers' runtime, preloaded into ours, stops xfwm4's session bus.
+    (@pids ||= []) << spawn(environment.merge("LD_PRELOAD" => nil), *WINDOW_MANAGERS.fetch(name),
+                            %i[out err] => File::NULL)
     wait_for("the window manager") { output_of("wmctrl", "-m", check: false) }
   end
 
