@@ -18,6 +18,7 @@
 #include "binding/first_copy.h"
 #include "binding/jump.h"
 #include "driver/control_names.h"
+#import "driver/keys.h"
 #import "platform/platform.h"
 #include "platform/first_copy_classes.h"
 #include "platform/threads.h"
@@ -507,6 +508,24 @@ static VALUE press_return(VALUE, VALUE name) {
   });
 }
 
+// A key pressed and released as the toolkit receives it (driver/keys.mm): the
+// panel's window hands it to the focused control.
+static VALUE key(VALUE, VALUE name) {
+  const char *text = StringValueCStr(name);
+  return Drive([=] {
+    NSWindow *window = PanelWindow();
+    NSString *keys = [NSString stringWithUTF8String:text];
+    NSEvent *press = keys ? KeyPressFor(keys, window) : nil;
+    if (!press)
+      Refuse(@"no key %s", text);
+    if (![window isVisible])
+      Refuse(@"the panel is closed: no key reaches it");
+    [window sendEvent:press];
+    [window sendEvent:KeyReleaseOf(press)];
+    return (id)nil;
+  });
+}
+
 static VALUE close_box(VALUE) {
   return Drive([] {
     [ShownPanel(@"the close box") performClose:nil];
@@ -979,6 +998,7 @@ extern "C" __attribute__((visibility("default"))) void Init_OptionsPanelDriver()
   define(driver, "replace", DRIVER_FUNCTION(replace), 2);
   define(driver, "clear", DRIVER_FUNCTION(clear), 1);
   define(driver, "press_return", DRIVER_FUNCTION(press_return), 1);
+  define(driver, "key", DRIVER_FUNCTION(key), 1);
   define(driver, "close_box", DRIVER_FUNCTION(close_box), 0);
   define(driver, "choose_tab", DRIVER_FUNCTION(choose_tab), 1);
   define(driver, "process_events", DRIVER_FUNCTION(process_events), 0);

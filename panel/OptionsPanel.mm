@@ -99,7 +99,7 @@ static NSArray *TextsAsStrings(const velmar::PanelTexts &texts) {
 - (void)showPanel {
   [window setLevel:CGWindowLevelForKey(kCGModalPanelWindowLevelKey)];
   [self showWindow:nil];
-  KeepAboveOtherWindows(window);
+  SetPanelWindowManagerHints(window);
   // A panel that opens with nothing focused would ignore every key until a click.
   if (![self focusedControl])
     [self focusFirstControlOfShownTab];
