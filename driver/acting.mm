@@ -3,6 +3,7 @@
 // person could not reach.
 #import "driver/find.h"
 #import "driver/functions.h"
+#import "driver/keys.h"
 
 namespace driver {
 
@@ -171,6 +172,24 @@ static VALUE press_return(VALUE, VALUE name) {
   });
 }
 
+// A key pressed and released as the toolkit receives it (driver/keys.mm): the
+// panel's window hands it to the focused control.
+static VALUE key(VALUE, VALUE name) {
+  const char *text = StringValueCStr(name);
+  return Drive([=] {
+    NSWindow *window = PanelWindow();
+    NSString *keys = [NSString stringWithUTF8String:text];
+    NSEvent *press = keys ? KeyPressFor(keys, window) : nil;
+    if (!press)
+      Refuse(@"no key %s", text);
+    if (![window isVisible])
+      Refuse(@"the panel is closed: no key reaches it");
+    [window sendEvent:press];
+    [window sendEvent:KeyReleaseOf(press)];
+    return (id)nil;
+  });
+}
+
 static VALUE close_box(VALUE) {
   return Drive([] {
     [ShownPanel(@"the close box") performClose:nil];
@@ -199,6 +218,7 @@ static const Function kActingFunctions[] = {
     {"replace", DRIVER_FUNCTION(replace), 2},
     {"clear", DRIVER_FUNCTION(clear), 1},
     {"press_return", DRIVER_FUNCTION(press_return), 1},
+    {"key", DRIVER_FUNCTION(key), 1},
     {"close_box", DRIVER_FUNCTION(close_box), 0},
     {"choose_tab", DRIVER_FUNCTION(choose_tab), 1},
 };

@@ -103,7 +103,7 @@ static NSArray *TextsAsStrings(const velmar::PanelTexts &texts) {
 - (void)showPanel {
   [[self window] setLevel:NSModalPanelWindowLevel];
   [self showWindow:nil];
-  KeepAboveOtherWindows([self window]);
+  SetPanelWindowManagerHints([self window]);
   // A panel that opens with nothing focused would ignore every key until a click.
   if (![self focusedControl])
     [self focusFirstControlOfShownTab];

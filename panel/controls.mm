@@ -169,12 +169,21 @@ NSButton *MakeCheckBox(NSRect frame, NSString *title, id target) {
   return box;
 }
 
+// A field made in code wraps a long text onto lines it has no room for, on
+// AppKit as on GNUstep, and shows only the last fragment: told not to wrap,
+// it scrolls to the caret on one line instead. Single-line mode is left off:
+// GNUstep's drops line-break characters (U+0085) from the text itself.
 NSTextField *MakeTextField(NSRect frame) {
-  return [[[NSTextField alloc] initWithFrame:frame] autorelease];
+  NSTextField *field = [[[VOPTextField alloc] initWithFrame:frame] autorelease];
+  NSTextFieldCell *cell = [field cell];
+  [cell setWraps:NO];
+  [cell setScrollable:YES];
+  [cell setLineBreakMode:NSLineBreakByClipping];
+  return field;
 }
 
 NSComboBox *MakeComboBox(NSRect frame) {
-  NSComboBox *combo = [[[NSComboBox alloc] initWithFrame:frame] autorelease];
+  NSComboBox *combo = [[[VOPComboBox alloc] initWithFrame:frame] autorelease];
   [combo setEditable:NO];
   return combo;
 }
@@ -263,10 +272,16 @@ void SelectComboIndex(NSComboBox *combo, NSInteger index) {
   ShowComboItem(combo, index);
 }
 
+// A control disabled while it has the focus would keep it, and the keys with
+// it, though a person can no longer use it: the focus leaves it, as it leaves
+// a field, and the next Tab starts from the first control.
 void SetEnabled(NSControl *control, BOOL enabled) {
   if (![control isEnabled] == !enabled)
     return;
   [control setEnabled:enabled];
+  NSWindow *window = [control window];
+  if (!enabled && [window firstResponder] == control)
+    [window makeFirstResponder:nil];
   // Tab skips a disabled control and reaches it again once enabled.
   [[OptionsPanel sharedController] linkKeyViewLoop];
 }

@@ -12,7 +12,10 @@ static const NSButtonType NSButtonTypeSwitch = NSSwitchButton;
 static const NSButtonType NSButtonTypeRadio = NSRadioButton;
 static const NSBitmapImageFileType NSBitmapImageFileTypePNG = NSPNGFileType;
 static const NSEventType NSEventTypeKeyDown = NSKeyDown;
+static const NSEventType NSEventTypeKeyUp = NSKeyUp;
 static const NSEventModifierFlags NSEventModifierFlagShift = NSShiftKeyMask;
+static const NSEventModifierFlags NSEventModifierFlagOption = NSAlternateKeyMask;
+static const NSEventModifierFlags NSEventModifierFlagCommand = NSCommandKeyMask;
 static const NSEventModifierFlags NSEventModifierFlagControl = NSControlKeyMask;
 #endif
 

@@ -23,6 +23,8 @@ static const unichar kEscapeKey = 0x1b;
   if ([event type] == NSEventTypeKeyDown && [[self delegate] isKindOfClass:[OptionsPanel class]] &&
       [(OptionsPanel *)[self delegate] handleKeyDown:event])
     return;
+  if (HandleEditingEvent(self, event))
+    return;
   [super sendEvent:event];
 }
 

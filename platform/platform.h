@@ -55,6 +55,33 @@
 @compatibility_alias VOPRadioButtonCell NSButtonCell;
 #endif
 
+// The keys that edit text on a Linux desktop (Ctrl+X, C, V, A, Z, Shift+Delete,
+// Ctrl+Insert, Shift+Insert, and the command key's letters) for the field being
+// edited, and a right click's menu of Cut, Copy, Paste and Select All on a
+// field (platform/editing_keys.mm); YES when the event was one of them, or a
+// chord that must type nothing. AppKit's host menu routes the command key's
+// letters itself, and its field editor has that menu.
+#ifdef GNUSTEP
+BOOL HandleEditingEvent(NSWindow *window, NSEvent *event);
+#endif
+
+// A list (a non-editable combo box) that shows a focus frame while it has the
+// focus, which GNUstep's does not; AppKit draws its focus ring itself.
+#ifdef GNUSTEP
+@interface VOPComboBox : NSComboBox
+@end
+#else
+@compatibility_alias VOPComboBox NSComboBox;
+#endif
+
+// A text field that has that menu, made with it.
+#ifdef GNUSTEP
+@interface VOPTextField : NSTextField
+@end
+#else
+@compatibility_alias VOPTextField NSTextField;
+#endif
+
 // GNUstep draws a slider's bar over the whole of a tall frame; AppKit draws a
 // regular horizontal slider without tick marks 21 points high, whatever the frame.
 static inline CGFloat NaturalSliderHeight(NSSliderCell *cell) {
@@ -207,8 +234,9 @@ static inline void DropFinishedTimers() {
 }
 
 // The modal-panel level keeps the panel above other windows on AppKit; under
-// an X window manager the panel asks for it (platform/window_manager.mm).
-void KeepAboveOtherWindows(NSWindow *window);
+// an X window manager the panel asks for it, to be listed where a person
+// switches windows, and for no maximise button (platform/window_manager.mm).
+void SetPanelWindowManagerHints(NSWindow *window);
 
 // Brings the folder chooser on screen over the panel, where a window manager
 // keeps it above the panel and may close it as a cancel; runModal then runs it.

@@ -41,11 +41,15 @@ static void ReadMouseSettings(id server) {
     [server performSelector:initialize];
 }
 
+// platform/pop_up_lists.mm
+void EndPopUpListsAsOtherToolkitsDo();
+
 #endif
 
 void PrepareRealInput() {
 #ifdef GNUSTEP
   ReadMouseSettings(GSCurrentServer());
   WakeWaitingLoops();
+  EndPopUpListsAsOtherToolkitsDo();
 #endif
 }

@@ -1,80 +1,117 @@
 #import "platform/platform.h"
 
 #ifdef GNUSTEP
-#import <GNUstepGUI/GSDisplayServer.h>
+#import "platform/x_windows.h"
 
 #include <X11/Xatom.h>
-#include <X11/Xlib.h>
 
-#include <cstdint>
+#include <algorithm>
+#include <vector>
 
-// The X back-end's connection and a window's X window, which GNUstep's display
-// server hands out as opaque pointers.
-static Display *XDisplay() {
-  return static_cast<Display *>([GSCurrentServer() serverDevice]);
-}
-
-static Window XWindowOf(NSWindow *window) {
-  return static_cast<Window>(
-      reinterpret_cast<uintptr_t>([GSCurrentServer() windowDevice:[window windowNumber]]));
-}
-
-static bool HasState(Display *display, Window xwindow, Atom state, Atom wanted) {
+// The window's _NET_WM_STATE atoms, from its property.
+static std::vector<Atom> States(Display *display, Window xwindow, Atom state) {
   Atom type = None;
   int format = 0;
   unsigned long count = 0, after = 0;
   unsigned char *data = nullptr;
-  bool found = false;
+  std::vector<Atom> states;
   if (XGetWindowProperty(display, xwindow, state, 0, 64, False, XA_ATOM, &type, &format, &count,
                          &after, &data) == Success &&
       data && format == 32) {
     // Xlib hands 32-bit items out as longs.
     const Atom *atoms = reinterpret_cast<const Atom *>(data);
-    for (unsigned long i = 0; i < count && !found; ++i)
-      found = atoms[i] == wanted;
+    states.assign(atoms, atoms + count);
   }
   if (data)
     XFree(data);
-  return found;
+  return states;
 }
 
-// GNUstep maps its modal-panel level to an ordinary window type with no state
-// that keeps it up: a window manager stacks such a window under whatever the
-// user clicks next. The window manager reads _NET_WM_STATE_ABOVE from the
-// window's property when it takes the window on, and from a message to the
-// root window once it has; both are sent, since the window may be between
-// the two while a map request is on its way.
-static void AddAboveState(NSWindow *window) {
-  Display *display = XDisplay();
-  Window xwindow = XWindowOf(window);
-  if (!display || !xwindow)
+// A window manager reads a window's states from its property when it takes
+// the window on, and from a message to the root window once it has; both are
+// changed, since the window may be between the two while a map request is on
+// its way.
+static void ChangeState(NSWindow *window, const char *name, bool add) {
+  Display *display = nullptr;
+  Window xwindow = None;
+  if (!XWindowOn(window, &display, &xwindow))
     return;
   Atom state = XInternAtom(display, "_NET_WM_STATE", False);
-  Atom above = XInternAtom(display, "_NET_WM_STATE_ABOVE", False);
+  Atom changed = XInternAtom(display, name, False);
 
   XWindowAttributes attributes;
-  if (XGetWindowAttributes(display, xwindow, &attributes) && attributes.map_state != IsViewable &&
-      !HasState(display, xwindow, state, above))
-    XChangeProperty(display, xwindow, state, XA_ATOM, 32, PropModeAppend,
-                    reinterpret_cast<unsigned char *>(&above), 1);
+  if (XGetWindowAttributes(display, xwindow, &attributes) && attributes.map_state != IsViewable) {
+    std::vector<Atom> states = States(display, xwindow, state);
+    states.erase(std::remove(states.begin(), states.end(), changed), states.end());
+    if (add)
+      states.push_back(changed);
+    XChangeProperty(display, xwindow, state, XA_ATOM, 32, PropModeReplace,
+                    reinterpret_cast<unsigned char *>(states.data()),
+                    static_cast<int>(states.size()));
+  }
 
   XEvent event = {};
   event.xclient.type = ClientMessage;
   event.xclient.window = xwindow;
   event.xclient.message_type = state;
   event.xclient.format = 32;
-  event.xclient.data.l[0] = 1; // _NET_WM_STATE_ADD
-  event.xclient.data.l[1] = static_cast<long>(above);
+  event.xclient.data.l[0] = add ? 1 : 0; // _NET_WM_STATE_ADD or _REMOVE
+  event.xclient.data.l[1] = static_cast<long>(changed);
   event.xclient.data.l[3] = 1; // from an application
   XSendEvent(display, DefaultRootWindow(display), False,
              SubstructureRedirectMask | SubstructureNotifyMask, &event);
   XFlush(display);
 }
 
+// GNUstep maps its modal-panel level to an ordinary window type with no state
+// that keeps it up: a window manager stacks such a window under whatever the
+// user clicks next.
+static void AddAboveState(NSWindow *window) {
+  ChangeState(window, "_NET_WM_STATE_ABOVE", true);
+}
+
+// GNUstep asks the window manager to leave a panel out of the taskbar and
+// the pager, as it would a tool palette beside a main window. Our panel has
+// no window of the host to belong to, and xfwm4's Alt+Tab, like a taskbar,
+// lists no window that skips the taskbar: once a person switched away with
+// the keyboard, the panel, which holds the host's plugin until it closes,
+// could not be found again. Listed, it can be, under every window manager;
+// a dialog in the taskbar costs less than a stranded person.
+static void ListInWindowSwitchers(NSWindow *window) {
+  ChangeState(window, "_NET_WM_STATE_SKIP_TASKBAR", false);
+  ChangeState(window, "_NET_WM_STATE_SKIP_PAGER", false);
+}
+
+// The panel has a fixed size, but openbox offered a maximise button that did
+// nothing: the window manager learns from the window's Motif hints which of
+// its actions apply, and GNUstep names none. A dialog is moved and closed.
+static void OfferMoveAndCloseOnly(Display *display, Window xwindow) {
+  Atom hintsAtom = XInternAtom(display, "_MOTIF_WM_HINTS", False);
+  // flags, functions, decorations, input mode, status: as longs, Xlib's 32-bit items.
+  long hints[5] = {0, 0, 0, 0, 0};
+  Atom type = None;
+  int format = 0;
+  unsigned long count = 0, after = 0;
+  unsigned char *data = nullptr;
+  if (XGetWindowProperty(display, xwindow, hintsAtom, 0, 5, False, AnyPropertyType, &type, &format,
+                         &count, &after, &data) == Success &&
+      data && format == 32)
+    std::copy(reinterpret_cast<long *>(data), reinterpret_cast<long *>(data) + std::min(count, 5ul),
+              hints);
+  if (data)
+    XFree(data);
+  const long kFunctionsGiven = 1, kMove = 4, kClose = 32;
+  hints[0] |= kFunctionsGiven;
+  hints[1] = kMove | kClose;
+  XChangeProperty(display, xwindow, hintsAtom, hintsAtom, 32, PropModeReplace,
+                  reinterpret_cast<unsigned char *>(hints), 5);
+  XFlush(display);
+}
+
 static void OfferDeleteWindow(NSWindow *window) {
-  Display *display = XDisplay();
-  Window xwindow = XWindowOf(window);
-  if (!display || !xwindow)
+  Display *display = nullptr;
+  Window xwindow = None;
+  if (!XWindowOn(window, &display, &xwindow))
     return;
   Atom deleteWindow = XInternAtom(display, "WM_DELETE_WINDOW", False);
   Atom *protocols = nullptr;
@@ -96,9 +133,14 @@ static void OfferDeleteWindow(NSWindow *window) {
 }
 #endif
 
-void KeepAboveOtherWindows(NSWindow *window) {
+void SetPanelWindowManagerHints(NSWindow *window) {
 #ifdef GNUSTEP
   AddAboveState(window);
+  ListInWindowSwitchers(window);
+  Display *display = nullptr;
+  Window xwindow = None;
+  if (XWindowOn(window, &display, &xwindow))
+    OfferMoveAndCloseOnly(display, xwindow);
 #else
   (void)window;
 #endif

@@ -422,7 +422,7 @@ module FuzzUserActions
     [[4, -> { ok_action }], [2, -> { close_action(:click, :close) }],
      [2, -> { close_action(:close_box) }], [4, -> { tab_action }], [3, -> { preset_pick }],
      [1, -> { call_api(:show, []) }], [1, -> { driver_action(:process_events) }],
-     [2, -> { hostile_driver_action }]]
+     [2, -> { hostile_driver_action }], [8, -> { key_action }]]
   end
 
   def image_actions
@@ -475,6 +475,28 @@ module FuzzUserActions
   end
 
   def tab_action = driver_action(:choose_tab, @rng.rand(2))
+
+  # A person's keys: moving the focus, pressing what has it, switching tabs,
+  # the clipboard keys, and typing into the focused field.
+  KEYS = %w[Tab Tab shift+Tab ctrl+Tab ctrl+shift+Tab space Return Escape Up Down Left Right
+            ctrl+a ctrl+c ctrl+x ctrl+v ctrl+z shift+Insert ctrl+Insert shift+Delete cmd+v cmd+q
+            BackSpace 7 0 x].freeze
+  # What waits for a person: an open list (Down or Space on it), the folder chooser.
+  WAITING = { "size" => %w[Down space], "preset" => %w[Down space], "choose_folder" => %w[space Return] }.freeze
+
+  def key_action
+    focused = @driver.focused.to_s
+    key = KEYS[@rng.rand(KEYS.size)]
+    key = "Tab" if WAITING.fetch(focused, []).include?(key)
+    # A key may press OK or Close: its events are not foreseen. On the size
+    # mode group it may choose a mode, the same one too, which unlocks the
+    # size fields as a click does, or leave the group as it was.
+    check = lambda do |error, _|
+      fixed = @state[:groups][:size_mode] == [0, 1, 0]
+      @fields_locked = !@state[:enabled][:width] if !error && focused == "size_mode" && fixed
+    end
+    FuzzAction.new(text: "Driver.key(#{key.inspect})", call: -> { @driver.key(key) }, check: check)
+  end
 
   def reset_action
     driver_action(:click_titled, 1, @texts.fetch("opt-tab2-reset-btn"),
@@ -535,6 +557,7 @@ module FuzzHostileDriver
            :no_such_control, :"ok ", "m_p\0Button", "", "x" * 4096].freeze
   NOT_NUMBERS = ["1", nil, :first, Opaque.new("object"), [0], 2**70].freeze
   NOT_TEXTS = [12, nil, :typed, Opaque.new("object"), "1\x002"].freeze
+  NOT_KEYS = [*NOT_TEXTS, "hyper+q", "Tabb", "ctrl+", "+", "", "ctrl+shift", "F13"].freeze
 
   private
 
@@ -547,7 +570,7 @@ module FuzzHostileDriver
 
   def hostile_call
     name = NAMES[@rng.rand(NAMES.size)]
-    case @rng.rand(9)
+    case @rng.rand(10)
     when 0 then [:click, name]
     when 1 then [:control, name]
     when 2 then [:press, name]
@@ -556,14 +579,15 @@ module FuzzHostileDriver
     when 5 then [:type, :width, NOT_TEXTS[@rng.rand(NOT_TEXTS.size)]]
     when 6 then [:replace, :width, NOT_TEXTS[@rng.rand(NOT_TEXTS.size)]]
     when 7 then [:slide, name, 50]
-    else [:choose_tab, NOT_NUMBERS[@rng.rand(NOT_NUMBERS.size)]]
+    when 8 then [:choose_tab, NOT_NUMBERS[@rng.rand(NOT_NUMBERS.size)]]
+    else [:key, NOT_KEYS[@rng.rand(NOT_KEYS.size)]]
     end
   end
 
   # Refused with a conversion error, or as naming no control.
   def refused?(error)
     [TypeError, ArgumentError, RangeError].any? { |k| error.is_a?(k) } ||
-      (error.instance_of?(RuntimeError) && error.message.start_with?("no control named "))
+      (error.instance_of?(RuntimeError) && error.message.start_with?("no control named ", "no key "))
   end
 
   def unchanged_check(before)
@@ -781,6 +805,20 @@ module FuzzInvariants
     size_rules(state)
     save_and_format_rules(state)
     names_agree
+    focus_on_screen(state)
+  end
+
+  # The focus is on an enabled control on screen, or nowhere (a script may
+  # disable the control that had it), or the panel is closed. A button the
+  # controller keeps no name for (Reset) is on screen whenever it is focused.
+  def focus_on_screen(state)
+    name = @driver.focused
+    return unless state[:visible] && name && @control_names.to_h.key?(name.to_sym)
+
+    seen = control(name)
+    return if seen[:enabled] != false && seen[:in_window]
+
+    broken("the focus is on #{name}, which is #{seen[:in_window] ? 'disabled' : 'not on screen'}")
   end
 
   # Both of a control's names in the driver's table reach it: one entry a

@@ -18,6 +18,10 @@ packages=(
   # its windows and closes them, and another program's window (xmessage) with
   # the tools that read windows' properties (xprop, xwininfo).
   openbox wmctrl x11-utils
+  # The text-editing test puts text on the X clipboard and reads it back as
+  # another program does; the focus test runs a second window manager, which
+  # needs a session bus.
+  xclip xfwm4 dbus
   # scripts/check-reliability.sh: clang's sanitizer runtimes (only recommended
   # by clang) and valgrind.
   libclang-rt-14-dev valgrind

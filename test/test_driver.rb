@@ -53,7 +53,8 @@ class DriverTest < Minitest::Test
       "ok is not a text field" => [:type, :ok, "5"], "width is not a button" => [:click, :width],
       "transparent_background is not a radio group" => [:click_cell, :transparent_background, 0],
       "size_mode is not a list" => [:pick, :size_mode, 0], "ok is not a slider" => [:slide, :ok, 5],
-      'no button titled "Nope" on tab 0' => [:click_titled, 0, "Nope"] }.each do |message, step|
+      'no button titled "Nope" on tab 0' => [:click_titled, 0, "Nope"],
+      "no key hyper+q" => [:key, "hyper+q"], "no key ctrl+" => [:key, "ctrl+"] }.each do |message, step|
       assert_equal message, refusal(*step)
     end
     assert_equal before, user_state, "nothing changed"
@@ -114,6 +115,17 @@ class DriverTest < Minitest::Test
   end
 
   # Without raise_observer_errors they are printed: test_observers.rb shows that.
+  def test_keys_reach_the_focused_control_as_a_persons_do
+    Driver.click_cell(:size_mode, 1) # Fixed: the fields are enabled
+    Driver.key("shift+Tab") until Driver.focused == "size_mode"
+    assert_equal %w[size width], %w[Tab Tab].map { |key| Driver.key(key) || Driver.focused }
+    # Over the selection, then the caret moved left and the digit before it deleted; a chord types nothing.
+    %w[ctrl+a 2 0 4 8 Left BackSpace cmd+q ctrl+w].each { |key| Driver.key(key) }
+    assert_equal "208", text_of(:width)
+    Driver.key("ctrl+Tab")
+    assert_equal "background", Driver.focused
+  end
+
   def test_observer_exceptions_are_raised_when_the_test_asks_for_them
     failures = { "options_changed" => KeyError.new("raised"), "close" => IndexError.new("second") }
     hook { |event, _| raise failures[event] if failures[event] }

@@ -14,14 +14,7 @@ class WindowManagerTest < Minitest::Test
 
   def setup
     super
-    # GNUstep's defaults as a user has them: a defaults folder with nothing in it.
-    @config = File.join(@temp, "GNUstep.conf")
-    lines = File.readlines(ENV.fetch("GNUSTEP_CONFIG_FILE", "/etc/GNUstep/GNUstep.conf"))
-    lines = lines.grep_v(/^GNUSTEP_USER_DEFAULTS_DIR=/) << "GNUSTEP_USER_DEFAULTS_DIR=#{@temp}/Defaults\n"
-    File.write(@config, lines.join)
-    # What openbox says, if anything, is on the test's own error output.
-    @pids = [spawn(environment, "openbox", "--sm-disable", out: File::NULL)]
-    wait_for("the window manager") { output_of("wmctrl", "-m", check: false) }
+    start_window_manager
   end
 
   # The panel above a window the user clicked, its folder chooser above it; the
@@ -71,10 +64,6 @@ class WindowManagerTest < Minitest::Test
   end
 
   private
-
-  def environment
-    super.merge("GNUSTEP_CONFIG_FILE" => @config)
-  end
 
   # The windows the window manager lists, as [id, title].
   def client_list

@@ -31,7 +31,7 @@ module XSession
       driver.choose_tab(1)
       points = { "clay" => place.(:clay), "intensity" => place.(:intensity) }
       driver.choose_tab(0)
-      %i[size width ok choose_folder].each { |name| points[name] = place.(name) }
+      %i[size width ok folder choose_folder].each { |name| points[name] = place.(name) }
       points.update("fixed" => driver.screen_point(:size_mode, 1), "environment" => driver.screen_point(:tabs, 1),
                     "close_box" => driver.screen_point(:close_box, nil))
       deadline = Time.now + #{LIMIT}
@@ -74,7 +74,8 @@ module XSession
   # directory, and the one that starts a daemon ties it to its X server: a
   # session of its own keeps the suite's daemons off a server that goes away.
   def environment
-    { "DISPLAY" => @display, "TEMP" => @temp, "TMPDIR" => @temp }
+    settings = @config ? { "GNUSTEP_CONFIG_FILE" => @config } : {}
+    { "DISPLAY" => @display, "TEMP" => @temp, "TMPDIR" => @temp }.merge(settings)
   end
 
   # A display number of its own, far from the low numbers that servers left
@@ -107,6 +108,23 @@ module XSession
     rescue Errno::ESRCH, Errno::ECHILD
       # already gone
     end
+  end
+
+  # Window managers as Debian has them; xfwm4 ends at once without a session bus.
+  WINDOW_MANAGERS = { "openbox" => %w[openbox --sm-disable],
+                      "xfwm4" => %w[dbus-run-session -- xfwm4 --sm-client-disable] }.freeze
+
+  # A window manager on the session's X server, with GNUstep's defaults as a
+  # user has them (nothing set), with which the window manager draws title bars.
+  def start_window_manager(name = "openbox")
+    @config = File.join(@temp, "GNUstep.conf")
+    lines = File.readlines(ENV.fetch("GNUSTEP_CONFIG_FILE", "/etc/GNUstep/GNUstep.conf"))
+    lines = lines.grep_v(/^GNUSTEP_USER_DEFAULTS_DIR=/) << "GNUSTEP_USER_DEFAULTS_DIR=#{@temp}/Defaults\n"
+    File.write(@config, lines.join)
+    # Another program: the sanitizers' runtime, preloaded into ours, stops xfwm4's session bus.
+    (@pids ||= []) << spawn(environment.merge("LD_PRELOAD" => nil), *WINDOW_MANAGERS.fetch(name),
+                            %i[out err] => File::NULL)
+    wait_for("the window manager") { output_of("wmctrl", "-m", check: false) }
   end
 
   # Starts the host on the plugin (or another program that runs it, a plain
