@@ -5,17 +5,8 @@
 
 // GNUstep shows an open combo box list in one shared pop-up window, which
 // runs a loop of its own until a pick, a key or a press outside the list ends
-// it; that ending press is used up. Two ways a person met trouble with it:
-// - When the application loses the keys (a click on the desktop or another
-//   program under a window manager), GNUstep hides the list with the
-//   application's panels, but its loop goes on: the next press on the panel
-//   ended the loop unseen, and the click was lost. The loop is ended as the
-//   application goes inactive instead.
-// - A press outside the application's windows never reaches the loop: where
-//   the window manager moves no focus for it (a click on the desktop under
-//   xfwm4, or no window manager) the list stayed open. While the list shows
-//   it holds the pointer, as other toolkits' lists do, so that such a press
-//   comes to it, outside its frame, and ends it.
+// it (that press is used up). Here the loop also ends when the application
+// loses the keys, and a press outside the application's windows reaches it.
 
 static Class ListClass() {
   return objc_lookUpClass("GSComboWindow");
@@ -75,7 +66,10 @@ static void SendEventEndingOutside(id list, SEL selector, NSEvent *event) {
   HoldPointer(list);
 }
 
-// The shared list window, made a list that holds the pointer while it shows.
+// The shared list window, made a list that holds the pointer while it shows,
+// as other toolkits' lists do: a press outside the application's windows,
+// which no window manager may turn into a change of focus, then comes to it
+// and ends it rather than leaving it open.
 static id SharedList() {
   Class listClass = ListClass();
   SEL shared = NSSelectorFromString(@"defaultPopUp");
@@ -110,6 +104,8 @@ static id SharedList() {
     list = SharedList();
 }
 
+// GNUstep hides the list with the application's panels, but its loop would go
+// on and take the next press on the panel unseen: that click would be lost.
 - (void)applicationDidResignActive:(NSNotification *)notification {
   // The list's combo box cell is set only while its loop runs.
   Ivar cell = class_getInstanceVariable(ListClass(), "_cell");

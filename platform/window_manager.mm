@@ -71,12 +71,10 @@ static void AddAboveState(NSWindow *window) {
 }
 
 // GNUstep asks the window manager to leave a panel out of the taskbar and
-// the pager, as it would a tool palette beside a main window. Our panel has
-// no window of the host to belong to, and xfwm4's Alt+Tab, like a taskbar,
-// lists no window that skips the taskbar: once a person switched away with
-// the keyboard, the panel, which holds the host's plugin until it closes,
-// could not be found again. Listed, it can be, under every window manager;
-// a dialog in the taskbar costs less than a stranded person.
+// the pager, like a tool palette. Our panel belongs to no window of the host,
+// and some window managers' Alt+Tab lists no window that skips the taskbar:
+// a person who switched away could not find the panel again. Listed, it can
+// be found under every window manager.
 static void ListInWindowSwitchers(NSWindow *window) {
   ChangeState(window, "_NET_WM_STATE_SKIP_TASKBAR", false);
   ChangeState(window, "_NET_WM_STATE_SKIP_PAGER", false);
@@ -148,13 +146,10 @@ void SetPanelWindowManagerHints(NSWindow *window) {
 
 void ShowChooserOver(NSSavePanel *chooser, NSWindow *panel) {
 #ifdef GNUSTEP
-  // GNUstep's chooser has no close box, so its window does not offer the
-  // window manager WM_DELETE_WINDOW, and the window manager's close kills the
-  // whole X client: the host with it. GNUstep 0.29 has no -setStyleMask:; key
-  // value coding sets the style itself, which the back-end reads when it
-  // makes the chooser's X window and the window reads when asked to close.
-  // The modal session ends when its window goes away, and runModal answers
-  // that as no choice.
+  // Without a close box the chooser does not offer WM_DELETE_WINDOW, and the
+  // window manager's close would kill the whole host. GNUstep 0.29 has no
+  // -setStyleMask:, so key-value coding sets the style before the X window is
+  // made. Closed so, the modal session ends and runModal answers no choice.
   [chooser
       setValue:[NSNumber numberWithUnsignedInteger:[chooser styleMask] | NSWindowStyleMaskClosable]
         forKey:@"styleMask"];
