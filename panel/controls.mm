@@ -168,8 +168,15 @@ NSButton *MakeCheckBox(NSRect frame, NSString *title, id target) {
   return box;
 }
 
+// A field holds one line, scrolled along as the caret moves. Wrapped, a long
+// text that a script set (a megabyte, say) runs down past the million points
+// that GNUstep's field editor gives its text, whose glyphs then have no place:
+// the toolkit complains "can't find text container for glyph" at each edit.
 NSTextField *MakeTextField(NSRect frame) {
-  return [[[NSTextField alloc] initWithFrame:frame] autorelease];
+  NSTextField *field = [[[NSTextField alloc] initWithFrame:frame] autorelease];
+  [[field cell] setScrollable:YES];
+  [[field cell] setWraps:NO];
+  return field;
 }
 
 NSComboBox *MakeComboBox(NSRect frame) {
