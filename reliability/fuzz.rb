@@ -6,7 +6,8 @@
 #
 # Every choice comes from one Random started from the replay key K, so a
 # failing run is replayed exactly by the command it prints. The steps run in a
-# child process, so a crash or a hang is still reported with its step.
+# child process, so a crash or a hang is still reported with its step; each
+# line that the toolkit prints there fails the run too.
 require "io/wait"
 require "json"
 require "optparse"

@@ -6,7 +6,7 @@
 #               built with AddressSanitizer and UndefinedBehaviorSanitizer
 #   memcheck    reliability/session.rb under valgrind: blocks definitely
 #               lost whose allocation passed through this project's code
-#   fuzz        reliability/fuzz.rb
+#   fuzz        reliability/fuzz.rb, which also counts what the toolkit prints
 #   soak        reliability/soak.rb
 #
 #   scripts/check-reliability.sh [--short]
