@@ -170,9 +170,11 @@ NSButton *MakeCheckBox(NSRect frame, NSString *title, id target) {
 }
 
 // A field made in code wraps a long text onto lines it has no room for, on
-// AppKit as on GNUstep, and shows only the last fragment: told not to wrap,
-// it scrolls to the caret on one line instead. Single-line mode is left off:
-// GNUstep's drops line-break characters (U+0085) from the text itself.
+// AppKit as on GNUstep, and shows only the last fragment; on GNUstep a wrapped
+// megabyte also runs past the room its field editor gives a text, and the
+// toolkit complains "can't find text container for glyph" at each edit. Told
+// not to wrap, it scrolls to the caret on one line. Single-line mode is left
+// off: GNUstep's drops line-break characters (U+0085) from the text itself.
 NSTextField *MakeTextField(NSRect frame) {
   NSTextField *field = [[[VOPTextField alloc] initWithFrame:frame] autorelease];
   NSTextFieldCell *cell = [field cell];

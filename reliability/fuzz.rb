@@ -6,11 +6,13 @@
 #
 # Every choice comes from one Random started from the replay key K, so a
 # failing run is replayed exactly by the command it prints. The steps run in a
-# child process, so a crash or a hang is still reported with its step.
+# child process, so a crash or a hang is still reported with its step; each
+# line that the toolkit prints there fails the run too.
 require "io/wait"
 require "json"
 require "optparse"
 require "rbconfig"
+require_relative "toolkit_lines"
 
 module Fuzz
   REPORT_FD_VARIABLE = "OPTIONSPANEL_FUZZ_REPORT_FD"
@@ -44,9 +46,12 @@ class FuzzSupervisor
   def run
     puts "fuzz: #{@steps} steps, replay key #{@key}"
     reader, writer = IO.pipe
-    pid = Process.spawn({ Fuzz::REPORT_FD_VARIABLE => "3" }, *worker_command, 3 => writer)
+    # What the worker's toolkit says, counted once it is done.
+    said = ToolkitLines.file("fuzz")
+    pid = Process.spawn({ Fuzz::REPORT_FD_VARIABLE => "3" }, *worker_command, 3 => writer, err: said.path)
     writer.close
-    finish(follow(reader, pid))
+    outcome = follow(reader, pid)
+    finish(outcome, ToolkitLines.count(said))
   end
 
   private
@@ -93,22 +98,24 @@ class FuzzSupervisor
     "the process died (status #{status.exitstatus})"
   end
 
-  def finish(outcome)
+  # A line from the toolkit fails the run as a broken step does.
+  def finish(outcome, lines)
     if outcome["done"] && outcome["status"].success?
-      puts "fuzz: #{@steps} steps, 0 failures"
-      exit 0
+      puts "fuzz: the toolkit printed #{lines} lines, shown above; replay: #{replay_command}" if lines.positive?
+      puts "fuzz: #{@steps} steps, 0 failures, #{lines} toolkit lines"
+      exit(lines.zero? ? 0 : 1)
     end
     outcome["broke"] ||= "the worker ended with #{outcome['status']} after its last step"
-    report_failure(outcome)
+    report_failure(outcome, lines)
     exit 1
   end
 
-  def report_failure(outcome)
+  def report_failure(outcome, lines)
     puts "fuzz: step #{outcome['step']} failed"
     puts "  action: #{outcome['action']}"
     puts "  broke:  #{outcome['broke']}"
     puts "  replay: #{replay_command}"
-    puts "fuzz: #{outcome['step']} steps, 1 failures"
+    puts "fuzz: #{outcome['step']} steps, 1 failures, #{lines} toolkit lines"
   end
 
   def replay_command

@@ -9,7 +9,7 @@
 #
 #   build/velmar-host reliability/soak.rb -- --cycles N [--warmup M]
 require "optparse"
-require "tempfile"
+require_relative "toolkit_lines"
 
 module Soak
   GROWTH_LIMIT_KIB = 4096
@@ -35,17 +35,6 @@ module Soak
     abort "soak: --cycles N (N > 0) is required" unless options[:cycles]&.positive?
     abort "soak: --warmup M must not be negative" if options[:warmup].negative?
     options
-  end
-
-  # GNUstep writes its warnings straight to file descriptor 2, so that is what
-  # gets captured, from before the extensions load.
-  def self.capture_stderr
-    file = Tempfile.new(["optionspanel-soak", ".stderr"])
-    saved = STDERR.dup
-    puts "soak: stderr goes to #{file.path} until the end"
-    STDERR.reopen(file.path, "w")
-    STDERR.sync = true
-    [file, saved]
   end
 
   def self.resident_kib
@@ -134,13 +123,13 @@ class SoakSession
 end
 
 def soak(cycles, warmup)
-  captured, real_stderr = Soak.capture_stderr
+  captured, real_stderr = ToolkitLines.capture("soak")
   begin
     observer, grown, timers = run_cycles(cycles, warmup)
   ensure
     # Also when a cycle raises: the exception's report then reaches the real stderr.
     STDERR.reopen(real_stderr)
-    warnings = report_stderr(captured)
+    warnings = ToolkitLines.count(captured)
   end
   finish(cycles, warmup, grown, timers, warnings, observer)
 end
@@ -171,15 +160,6 @@ end
 # The modes that hold more timers than they did after the first cycle.
 def piled_up_timers(first, last)
   last.select { |mode, count| count > first.fetch(mode, 0) }
-end
-
-# Counts what the toolkit printed, and hands the first lines of it back to the
-# real stderr, so a crash report or warning isn't lost with the file.
-def report_stderr(captured)
-  lines = File.readlines(captured.path, chomp: true)
-  lines.first(20).each { |line| warn line }
-  warn "(#{lines.size - 20} more lines)" if lines.size > 20
-  lines.size
 end
 
 def finish(cycles, warmup, grown, timers, warnings, observer)

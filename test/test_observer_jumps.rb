@@ -98,10 +98,11 @@ class ObserverJumpsTest < Minitest::Test
     assert_equal [6, %w[preset_changed later\ preset_changed output_changed later\ output_changed
                         environment_changed], false], [error.status, heard, open]
     panel.show
-    # Ctrl-C while an observer waits: Ruby raises Interrupt inside it.
+    # Ctrl-C while an observer waits: Ruby raises Interrupt inside it, which
+    # ends the wait however long the signal takes to come.
     error, heard, open = jump_from("close", -> { Driver.close_box }) do
       Process.kill(:INT, Process.pid)
-      sleep 5
+      sleep
     end
     assert_equal [Interrupt, ["close"], false], [error.class, heard, open]
   end

@@ -72,7 +72,7 @@ class ScriptClassTest < Minitest::Test
       p closes, d.window_state[:visible]
       begin
         Process.kill("INT", Process.pid)
-        sleep 5
+        sleep # until the signal comes
       rescue Interrupt
         puts "interrupted"
       end

@@ -8,7 +8,10 @@ require "tmpdir"
 # does. The including test gives its plugin as PLUGIN.
 module XSession
   HOST = File.join(BUILD_DIR, "velmar-host")
-  LIMIT = 30 # seconds for each wait; the host gives up after it too
+  # Seconds that each wait may take before the test fails: a bound for a hung
+  # test only, far beyond what a slow machine needs, since every wait ends as
+  # soon as what it waits for has happened.
+  LIMIT = 60
   TITLE = TEXTS["opt-window-title"]
 
   # The start of a plugin: the panel on screen, its folder field enabled, and
@@ -21,11 +24,18 @@ module XSession
     require #{File.expand_path("../examples/texts/en", __dir__).inspect}
     $stdout.sync = true
     driver = OptionsPanelDriver
+    # The test holds the other end of standard input and never writes to it:
+    # the end of input means the test's process is gone, and so the plugin goes.
+    Thread.new do
+      $stdin.read
+      exit!(1)
+    end
 
     # Where the controls are on the screen: a control's middle with the width
     # and height of what is drawn, or the middle of a radio cell or a tab. A
     # tab's controls are on the window only while it shows. Printed once a
-    # person can start: the panel drawn and active, its title bar lit.
+    # person can start: the panel drawn and active, its title bar lit (the
+    # test bounds that wait).
     def print_points(driver)
       place = ->(name) { driver.screen_point(name, nil) + driver.control(name)[:drawn_in_window][2, 2] }
       driver.choose_tab(1)
@@ -34,9 +44,7 @@ module XSession
       %i[size width ok folder choose_folder].each { |name| points[name] = place.(name) }
       points.update("fixed" => driver.screen_point(:size_mode, 1), "environment" => driver.screen_point(:tabs, 1),
                     "close_box" => driver.screen_point(:close_box, nil))
-      deadline = Time.now + #{LIMIT}
-      driver.process_events until (driver.drawn? && driver.window_state[:key] && driver.window_state[:active]) ||
-                                  Time.now > deadline
+      driver.process_events until driver.drawn? && driver.window_state[:key] && driver.window_state[:active]
       puts JSON.dump(["points", points])
     end
 
@@ -61,6 +69,7 @@ module XSession
   # Ends the host, the other programs the test started (@pids), the session's
   # toolkit daemons and the X server, and removes the folder.
   def teardown
+    @lifeline&.close
     daemons = Dir["/proc/[0-9]*/environ"].select do |file|
       File.binread(file).split("\0").include?("TEMP=#{@temp}")
     rescue SystemCallError
@@ -129,11 +138,14 @@ module XSession
 
   # Starts the host on the plugin (or another program that runs it, a plain
   # ruby for one) and, once the panel's window is on the screen, returns where
-  # the plugin says the controls are; the rest of the output is read with #next_line.
-  def start_host(program = [HOST, "--timeout", LIMIT.to_s, @plugin])
+  # the plugin says the controls are; the rest of the output is read with
+  # #next_line. The host has no time limit of its own: it runs until the test
+  # ends it, or until its input, which the test holds open, ends with the test.
+  def start_host(program = [HOST, @plugin])
     @output, writer = IO.pipe
-    @host_pid = spawn(environment, *program, out: writer, err: writer)
-    writer.close
+    input, @lifeline = IO.pipe
+    @host_pid = spawn(environment, *program, in: input, out: writer, err: writer)
+    [input, writer].each(&:close)
     points = next_line.tap { |kind, _points| assert_equal "points", kind }.last
     xdotool("search", "--sync", "--onlyvisible", "--name", TITLE)
     points
