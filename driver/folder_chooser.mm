@@ -10,6 +10,7 @@
 @interface VOPFolderChooserAnswer : NSObject {
 @public
   NSString *folder; // nil: cancel
+  BOOL closing;     // closed as a window manager closes it, not answered
   BOOL answered;
   long long shownAt; // CLOCK_MONOTONIC ns when first seen on screen and drawn; 0 until then
 }
@@ -18,11 +19,34 @@
 - (void)giveUp;
 @end
 
+// A window manager's close (its title-bar button, Alt+F4) as the window
+// receives it: GNUstep's X back-end makes this event of the WM_DELETE_WINDOW
+// message; on AppKit the close button performs the close itself.
+static void CloseAsWindowManager(NSWindow *window) {
+#ifdef GNUSTEP
+  [window sendEvent:[NSEvent otherEventWithType:NSAppKitDefined
+                                       location:NSZeroPoint
+                                  modifierFlags:0
+                                      timestamp:0
+                                   windowNumber:[window windowNumber]
+                                        context:nil
+                                        subtype:GSAppKitWindowClose
+                                          data1:0
+                                          data2:0]];
+#else
+  [window performClose:nil];
+#endif
+}
+
 @implementation VOPFolderChooserAnswer
 - (void)answer {
-  answered = YES;
   NSOpenPanel *chooser = [NSOpenPanel openPanel];
-  if (folder) {
+  answered = YES;
+  if (closing) {
+    CloseAsWindowManager(chooser);
+    // One that stays open is not answered, and is aborted at the time limit.
+    answered = ![chooser isVisible];
+  } else if (folder) {
     [chooser setDirectoryURL:[NSURL fileURLWithPath:folder isDirectory:YES]];
     [chooser ok:nil];
   } else {
@@ -90,6 +114,17 @@ static VALUE cancel_folder_chooser_once_shown(VALUE, VALUE seconds) {
   });
 }
 
+// The next folder chooser is closed as soon as it is on screen and drawn, as
+// a person closes it through the window manager.
+static VALUE close_folder_chooser_once_shown(VALUE, VALUE seconds) {
+  double limit = NUM2DBL(seconds);
+  return Drive([=] {
+    ArmAnswer(nullptr, @selector(answerOnceShown), 0, limit);
+    pendingAnswer->closing = YES;
+    return (id)nil;
+  });
+}
+
 // Process.clock_gettime(Process::CLOCK_MONOTONIC, :nanosecond) at that moment, or nil.
 static VALUE folder_chooser_shown_at(VALUE) {
   return Drive([] {
@@ -105,6 +140,7 @@ static const Function kFolderChooserFunctions[] = {
     {"answer_folder_chooser", DRIVER_FUNCTION(answer_folder_chooser), 2},
     {"folder_chooser_answered?", DRIVER_FUNCTION(folder_chooser_answered), 0},
     {"cancel_folder_chooser_once_shown", DRIVER_FUNCTION(cancel_folder_chooser_once_shown), 1},
+    {"close_folder_chooser_once_shown", DRIVER_FUNCTION(close_folder_chooser_once_shown), 1},
     {"folder_chooser_shown_at", DRIVER_FUNCTION(folder_chooser_shown_at), 0},
 };
 const FunctionGroup kFolderChooser = Group(kFolderChooserFunctions);

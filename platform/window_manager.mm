@@ -106,28 +106,16 @@ static void OfferMoveAndCloseOnly(Display *display, Window xwindow) {
   XFlush(display);
 }
 
-static void OfferDeleteWindow(NSWindow *window) {
-  Display *display = nullptr;
-  Window xwindow = None;
-  if (!XWindowOn(window, &display, &xwindow))
-    return;
-  Atom deleteWindow = XInternAtom(display, "WM_DELETE_WINDOW", False);
-  Atom *protocols = nullptr;
-  int count = 0;
-  XGetWMProtocols(display, xwindow, &protocols, &count);
-  Atom offered[16];
-  int n = 0;
-  bool found = false;
-  for (int i = 0; i < count && n < 15; ++i) {
-    found = found || protocols[i] == deleteWindow;
-    offered[n++] = protocols[i];
-  }
-  if (protocols)
-    XFree(protocols);
-  if (found)
-    return;
-  offered[n++] = deleteWindow;
-  XSetWMProtocols(display, xwindow, offered, n);
+// The chooser is one shared window. Under a window manager that decorates it,
+// GNUstep sized its X window to the content at the first showing but to the
+// whole frame, title bar and borders included, at every later one, leaving a
+// black band under the title bar. Its X window is made anew for each showing,
+// as at the first, and with the style set here. (The toolkit's own way to drop
+// a window's X window has no public name; a toolkit without it keeps the old.)
+static void MakeFreshXWindowAtNextShowing(NSWindow *window) {
+  SEL forget = NSSelectorFromString(@"_terminateBackendWindow");
+  if ([window windowNumber] && [window respondsToSelector:forget])
+    [window performSelector:forget];
 }
 #endif
 
@@ -162,10 +150,9 @@ void ShowChooserOver(NSSavePanel *chooser, NSWindow *panel) {
   NSPoint origin = NSMakePoint(NSMidX(over) - size.width / 2, NSMidY(over) - size.height / 2);
   origin.x = MAX(NSMinX(screen), MIN(origin.x, NSMaxX(screen) - size.width));
   origin.y = MAX(NSMinY(screen), MIN(origin.y, NSMaxY(screen) - size.height));
+  MakeFreshXWindowAtNextShowing(chooser);
   [chooser setFrameOrigin:origin];
   [chooser orderFront:nil];
-  // A chooser the host showed earlier has its X window already, made without.
-  OfferDeleteWindow(chooser);
 
   // Kept above the panel, which itself stays above other windows: a window
   // manager stacks a transient window over the one it belongs to.

@@ -520,15 +520,21 @@ module FuzzUserActions
     end
   end
 
-  # The "..." button. The chooser is answered (cancel, or a folder) only when
-  # it can open: an answer left waiting would answer some later chooser.
+  # The "..." button. The chooser is answered (cancel, or a folder) or closed
+  # through the window manager only when it can open: an answer left waiting
+  # would answer some later chooser. (The window manager's close of the panel
+  # reaches it as the close box's does.)
   def folder_chooser
-    folder = @rng.rand(2).zero? ? nil : "/tmp"
+    how = @rng.rand(3)
+    folder = how == 1 ? "/tmp" : nil
     call = lambda do
-      @driver.answer_folder_chooser(folder, 5) if control(:choose_folder)[:enabled]
+      if control(:choose_folder)[:enabled]
+        how == 2 ? @driver.close_folder_chooser_once_shown(5) : @driver.answer_folder_chooser(folder, 5)
+      end
       @driver.click(:choose_folder)
     end
-    FuzzAction.new(text: "Driver.click(:choose_folder), answered with #{folder.inspect}",
+    answer = how == 2 ? "closed by the window manager" : "answered with #{folder.inspect}"
+    FuzzAction.new(text: "Driver.click(:choose_folder), #{answer}",
                    call: call, gate: :choose_folder,
                    check: quiet(->(error, _) { chooser_check(folder) unless error }))
   end

@@ -126,12 +126,6 @@ class DesktopInputTest < Minitest::Test
     output_of("xclip", "-o", "-selection", "clipboard", check: false)
   end
 
-  # A control's pixels as the X server holds them, on whole pixels: what a person sees.
-  def pixels((x, y, width, height))
-    crop = "#{width.ceil}x#{height.ceil}+#{(x - width / 2).floor}+#{(y - height / 2).floor}"
-    output_of("import", "-window", "root", "-crop", crop, "-depth", "8", "rgb:-")
-  end
-
   # The share of the field's columns inside its border with a dark pixel: text.
   def inked_columns(rgb, width)
     rows = rgb.bytes.each_slice(3).map { |pixel| pixel.sum < 300 }.each_slice(width).to_a

@@ -75,15 +75,16 @@ class TestFormatAndSaveLocation < Minitest::Test
     assert_equal ["png", "model", "/kept/more"], reported_output, "model still reports the field"
   end
 
-  def test_folder_chooser_writes_the_chosen_folder_and_cancel_keeps_it
+  # The window manager's close of the chooser is a Cancel.
+  def test_folder_chooser_writes_the_chosen_folder_and_cancel_or_a_close_keeps_it
     Dir.mktmpdir do |root|
       first, second = ["Render Out", "second"].map { |name| File.join(root, name).tap { |d| Dir.mkdir(d) } }
       panel.set_output_directory("custom", "/before")
-      [first, second, nil].each do |folder|
-        Driver.answer_folder_chooser(folder, 5)
+      [first, second, nil, :closed].each do |folder|
+        folder == :closed ? Driver.close_folder_chooser_once_shown(5) : Driver.answer_folder_chooser(folder, 5)
         Driver.click(:choose_folder)
-        assert Driver.folder_chooser_answered?, "the chooser was never shown"
-        assert_equal [[0, 1], true, true, folder || second], save_state, "cancel changes nothing"
+        assert Driver.folder_chooser_answered?, "the chooser was never shown, or did not close"
+        assert_equal [[0, 1], true, true, folder.is_a?(String) ? folder : second], save_state, "cancel changes nothing"
         assert Driver.window_state[:visible], "the panel stays open once the chooser is gone"
       end
       assert_equal ["png", "custom", second], reported_output

@@ -128,12 +128,6 @@ class KeyboardTest < Minitest::Test
     events_until_close.assoc("output_changed").last.first(3)
   end
 
-  # A control's pixels as the X server holds them, on whole pixels: what a person sees.
-  def pixels((x, y, width, height))
-    crop = "#{width.ceil}x#{height.ceil}+#{(x - width / 2).floor}+#{(y - height / 2).floor}"
-    output_of("import", "-window", "root", "-crop", crop, "-depth", "8", "rgb:-")
-  end
-
   def focus_after(key)
     xdotool("key", key)
     next_line.tap { |kind, _name| assert_equal "focus", kind }.last

@@ -33,8 +33,12 @@ class WindowManagerTest < Minitest::Test
     wait_for("the other window to take the keys") { xdotool("getwindowfocus").to_i == other }
     assert_operator stacking.index(panel_window), :>, stacking.index(other), "the panel stays above the other"
 
-    click(points["choose_folder"])
-    chooser = wait_for("the folder chooser") { (client_list.map(&:first) - listed - [other]).first }
+    open_chooser = lambda do
+      click(points["choose_folder"])
+      wait_for("the folder chooser") { (client_list.map(&:first) - listed - [other]).first }
+    end
+    chooser = open_chooser.call
+    size = geometry(chooser).last(2)
     assert_equal panel_window, output_of("xprop", "-id", chooser, "WM_TRANSIENT_FOR")[/0x\h+/]&.to_i(16),
                  "the chooser belongs to the panel"
     middles = [geometry(chooser), [x, y, width, height]].map { |l, t, w, h| [l + w / 2, t + h / 2] }
@@ -42,10 +46,14 @@ class WindowManagerTest < Minitest::Test
     # A click on a corner of the panel that neither the chooser nor the other window covers.
     click([x + 5, y + height - 5])
     assert_operator stacking.index(chooser), :>, stacking.index(panel_window), "the chooser stays above the panel"
-    output_of("wmctrl", "-i", "-c", chooser)
-    wait_for("the chooser to close") { !client_list.map(&:first).include?(chooser) }
-    assert_nil Process.waitpid(@host_pid, Process::WNOHANG), "the host lives on: #{@printed.join}"
-    wait_for("the panel to take the keys back") { xdotool("getwindowfocus").to_i == panel_window }
+    close_by_the_window_manager(chooser)
+
+    # Shown again, the chooser looks as at first: same size, no black band under its title bar.
+    chooser = open_chooser.call
+    area = geometry(chooser)
+    assert_equal size, area.last(2), "the chooser's size at its second showing"
+    wait_for("the chooser drawn without a black row") { !black_row?(area) }
+    close_by_the_window_manager(chooser)
 
     output_of("wmctrl", "-i", "-c", panel_window)
     assert_equal [["close", [1.0]]], events_until_close
@@ -78,6 +86,21 @@ class WindowManagerTest < Minitest::Test
   # The managed windows from the bottom of the stack to its top.
   def stacking
     output_of("xprop", "-root", "_NET_CLIENT_LIST_STACKING").scan(/0x\h+/).map { |id| id.to_i(16) }
+  end
+
+  # The window manager's close of the chooser is a Cancel: the host lives on
+  # and the panel has the keys again.
+  def close_by_the_window_manager(chooser)
+    output_of("wmctrl", "-i", "-c", chooser)
+    wait_for("the chooser to close") { !client_list.map(&:first).include?(chooser) }
+    assert_nil Process.waitpid(@host_pid, Process::WNOHANG), "the host lives on: #{@printed.join}"
+    wait_for("the panel to take the keys back") { xdotool("getwindowfocus").to_i == panel_window }
+  end
+
+  # Whether a row of the window's area is black from edge to edge.
+  def black_row?((left, top, width, height))
+    rows = pixels([left + width / 2.0, top + height / 2.0, width, height]).bytes.each_slice(3 * width)
+    rows.any? { |row| row.all?(&:zero?) }
   end
 
   # Left, top, width and height of a window's own area on the screen.

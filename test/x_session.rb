@@ -182,6 +182,12 @@ module XSession
     result
   end
 
+  # A control's pixels as the X server holds them, on whole pixels: what a person sees.
+  def pixels((x, y, width, height))
+    crop = "#{width.ceil}x#{height.ceil}+#{(x - width / 2).floor}+#{(y - height / 2).floor}"
+    output_of("import", "-window", "root", "-crop", crop, "-depth", "8", "rgb:-")
+  end
+
   def xdotool(*words)
     output_of("xdotool", *words)
   end
