@@ -63,7 +63,7 @@ class DesktopInputTest < Minitest::Test
   end
 
   def edit_with_clipboard_keys(points, folder)
-    offer_clipboard(LONG_PATH)
+    offer_clipboard("#{LONG_PATH} \u{1F4F7}")
     click(folder)
     before = pixels(folder)
     xdotool("key", "ctrl+a")
@@ -73,6 +73,8 @@ class DesktopInputTest < Minitest::Test
     # Wrapped, the field showed only the last word; on one line, scrolled to
     # the caret, the text fills the field from edge to edge.
     assert_operator inked_columns(shown, folder[2].ceil), :>, 0.45, "the long path stays on one line"
+    # The caret and Backspace step over the camera, a character of two UTF-16 units, whole.
+    xdotool("key", "Left", "x", "BackSpace", "End", "BackSpace", "BackSpace")
     # A right click offers Cut, Copy, Paste and Select All under the pointer.
     x, y = points["width"]
     click(points["width"])
