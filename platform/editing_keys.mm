@@ -9,6 +9,12 @@
 
 static const NSEventModifierFlags kChordFlags = NSControlKeyMask | NSCommandKeyMask;
 
+// Super (the Windows key) edits nothing on a Linux desktop: in other toolkits'
+// fields Super+V neither types nor pastes. GNUstep's X back end reports the
+// left Super key as its Help key by default (the GSSecondHelpKey default) and
+// does not see the right one at all, nor tells which X modifiers were down.
+static const NSEventModifierFlags kSwallowedFlags = kChordFlags | NSHelpKeyMask;
+
 static SEL ActionOfLetter(unichar letter, NSEventModifierFlags flags) {
   if (!(flags & kChordFlags))
     return NULL;
@@ -73,7 +79,7 @@ static BOOL PerformEditingKey(NSWindow *window, NSEvent *event) {
     return YES;
   }
   // Any other chord is swallowed, so that it never types its letter.
-  return (flags & kChordFlags) && IsTyped(key);
+  return (flags & kSwallowedFlags) && IsTyped(key);
 }
 
 // The toolkit's own word for an item, in the user's languages as GNUstep reads

@@ -96,7 +96,7 @@ class DesktopInputTest < Minitest::Test
     xdotool("key", "ctrl+c")
     assert_equal "2048", wait_for("the copied width") { clipboard == "2048" && clipboard }
     # The command key's letters and other chords type nothing.
-    xdotool("key", "alt+c", "alt+v", "ctrl+q", "Tab", "ctrl+a", "shift+Insert")
+    xdotool("key", "alt+c", "alt+v", "super+v", "ctrl+q", "Tab", "ctrl+a", "shift+Insert")
   end
 
   # A person who switched to the other program finds the panel with Alt+Tab;
