@@ -22,7 +22,34 @@ static NSUInteger WholeCharacterEdge(NSString *text, NSUInteger index, BOOL forw
   return forward ? NSMaxRange(character) : character.location;
 }
 
+// GNUstep lays a text out in runs of at most 16384 characters, but text put
+// next to a run of fewer than 16 joins that run whole, and its glyph generator
+// then sets ten bytes of stack aside for each character of a run: a megabyte
+// pasted after a few typed digits overran the stack (Ruby raised
+// SystemStackError from inside the toolkit). Text longer than this goes in as
+// two changes, so that only its start can join a short run.
+static const NSUInteger kJoiningLength = 1024;
+
+// Where a long text is cut in two: not between the halves of a surrogate
+// pair, which on its own the toolkit cannot lay out.
+static NSUInteger JoiningEnd(NSString *text) {
+  unichar next = [text characterAtIndex:kJoiningLength];
+  return next >= 0xdc00 && next <= 0xdfff ? kJoiningLength - 1 : kJoiningLength;
+}
+
 @implementation VOPFieldEditor
+
+// Typing, pasting and dropping all change the text here.
+- (void)replaceCharactersInRange:(NSRange)range withString:(NSString *)text {
+  if ([text length] <= kJoiningLength) {
+    [super replaceCharactersInRange:range withString:text];
+    return;
+  }
+  NSUInteger end = JoiningEnd(text);
+  [super replaceCharactersInRange:range withString:[text substringToIndex:end]];
+  [super replaceCharactersInRange:NSMakeRange(range.location + end, 0)
+                       withString:[text substringFromIndex:end]];
+}
 
 // Every change of the caret or the selection comes here: the arrows, a click,
 // a drag, Shift with an arrow. Each edge keeps the direction it moved in, so

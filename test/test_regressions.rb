@@ -59,4 +59,20 @@ class RegressionsTest < Minitest::Test
                  out.lines.map(&:chomp)
     refute_match(/autorelease called without pool/, err)
   end
+
+  # GNUstep's layout put text pasted next to a few typed characters into their
+  # short run whole, and laid the run out with ten bytes of stack a character:
+  # a megabyte pasted after typed digits overran the stack (SystemStackError
+  # from inside the toolkit; a host without Ruby's guard crashed).
+  def test_a_megabyte_pasted_after_typed_digits
+    big = "9" * (1 << 20)
+    reset_panel.set_output_directory("custom", big)
+    Driver.click_cell(:size_mode, 1)
+    Driver.key("Tab") until Driver.focused == "folder"
+    Driver.key("ctrl+a")
+    Driver.key("ctrl+c")
+    Driver.key("Tab") until Driver.focused == "height"
+    %w[1 2 Left ctrl+v].each { |key| Driver.key(key) }
+    assert_equal "1#{big}2", text_of(:height)
+  end
 end
