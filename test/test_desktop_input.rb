@@ -73,6 +73,10 @@ class DesktopInputTest < Minitest::Test
     # Wrapped, the field showed only the last word; on one line, scrolled to
     # the caret, the text fills the field from edge to edge.
     assert_operator inked_columns(shown, folder[2].ceil), :>, 0.45, "the long path stays on one line"
+    # Ctrl+Z takes the paste back and Ctrl+Shift+Z puts it in again, which OK reports.
+    xdotool("key", "ctrl+z", "ctrl+a", "ctrl+c")
+    assert_equal "/renders", wait_for("the folder as it was before the paste") { clipboard == "/renders" && clipboard }
+    xdotool("key", "ctrl+shift+z")
     # A right click offers Cut, Copy, Paste and Select All under the pointer.
     x, y = points["width"]
     click(points["width"])
