@@ -45,7 +45,8 @@ NSMatrix *MakeRadioGroup(NSRect frame, int rows, int columns, NSArray *titles,
 void SetEnabled(NSControl *control, BOOL enabled);
 
 // Disabling a field aborts an edit in progress, which would drop what the user
-// typed last: the edit is taken into the field first.
+// typed last: the edit is taken into the field first. (Only an enabled field
+// is ever edited, so enabling one finds no edit.)
 void SetFieldEnabled(NSTextField *field, BOOL enabled);
 
 // The width and height the widest and the tallest of the group's cells need.

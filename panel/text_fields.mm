@@ -44,7 +44,7 @@ NSTextField *MakeTextField(NSRect frame) {
 }
 
 void SetFieldEnabled(NSTextField *field, BOOL enabled) {
-  if (!enabled && [field currentEditor])
+  if ([field currentEditor])
     [field validateEditing];
   SetEnabled(field, enabled);
 }
