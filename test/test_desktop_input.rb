@@ -58,6 +58,14 @@ class DesktopInputTest < Minitest::Test
     wait_for("the list to close at a click on the desktop") { !list_shown.call }
     click(button, hold: 0.1)
     wait_for("the next click to open the list again") { list_shown.call }
+    if @config
+      # The window manager gives the keys to the other program: the list goes,
+      # and the next click on the panel acts.
+      xdotool("windowactivate", "--sync", xdotool("search", "--name", "xmessage").split.first)
+      wait_for("the list to go with the keys") { !list_shown.call }
+      click(button, hold: 0.1)
+      wait_for("the next click to open the list again") { list_shown.call }
+    end
     xdotool("key", "Escape")
     wait_for("the list to close") { !list_shown.call }
   end
