@@ -100,6 +100,10 @@ NSEvent *KeyPressFor(NSString *name, NSWindow *window) {
   NSEventModifierFlags flags = 0;
   if (!character || !ReadModifiers(words, &flags))
     return nil;
+  // As the window system marks them: the toolkit binds Shift with an arrow to
+  // extending the selection only for a key so marked.
+  if (character >= 0xf700 && character <= 0xf8ff)
+    flags |= NSEventModifierFlagFunction;
   return KeyEvent(NSEventTypeKeyDown, flags, Typed(character, flags, NO),
                   Typed(character, flags, YES), window);
 }

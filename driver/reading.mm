@@ -63,6 +63,9 @@ static NSDictionary *Describe(NSView *view) {
     NSFontTraitMask traits = [[NSFontManager sharedFontManager] traitsOfFont:font];
     [d setObject:Flag((traits & NSBoldFontMask) != 0) forKey:@"bold"];
   }
+  // The items a right click offers, where the panel gives the control a menu.
+  if (NSMenu *menu = [view menu])
+    [d setObject:[[menu itemArray] valueForKey:@"title"] forKey:@"menu"];
   if ([view isKindOfClass:[NSMatrix class]]) {
     NSMutableArray *cells = [NSMutableArray array];
     for (NSCell *cell in [(NSMatrix *)view cells])

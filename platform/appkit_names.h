@@ -17,6 +17,7 @@ static const NSEventModifierFlags NSEventModifierFlagShift = NSShiftKeyMask;
 static const NSEventModifierFlags NSEventModifierFlagOption = NSAlternateKeyMask;
 static const NSEventModifierFlags NSEventModifierFlagCommand = NSCommandKeyMask;
 static const NSEventModifierFlags NSEventModifierFlagControl = NSControlKeyMask;
+static const NSEventModifierFlags NSEventModifierFlagFunction = NSFunctionKeyMask;
 #endif
 
 // The image types the application can read: AppKit names them by uniform type

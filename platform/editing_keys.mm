@@ -9,6 +9,12 @@
 
 static const NSEventModifierFlags kChordFlags = NSControlKeyMask | NSCommandKeyMask;
 
+// Super (the Windows key) edits nothing on a Linux desktop: in other toolkits'
+// fields Super+V neither types nor pastes. GNUstep's X back end reports the
+// left Super key as its Help key by default (the GSSecondHelpKey default) and
+// does not see the right one at all, nor tells which X modifiers were down.
+static const NSEventModifierFlags kSwallowedFlags = kChordFlags | NSHelpKeyMask;
+
 static SEL ActionOfLetter(unichar letter, NSEventModifierFlags flags) {
   if (!(flags & kChordFlags))
     return NULL;
@@ -73,8 +79,32 @@ static BOOL PerformEditingKey(NSWindow *window, NSEvent *event) {
     return YES;
   }
   // Any other chord is swallowed, so that it never types its letter.
-  return (flags & kChordFlags) && IsTyped(key);
+  return (flags & kSwallowedFlags) && IsTyped(key);
 }
+
+// The toolkit's own word for an item, in the user's languages as GNUstep reads
+// them (the NSLanguages default, else the LANGUAGE variable or the locale), as
+// AppKit's field editor brings its own menu that the system translates.
+// GNUstep's tables have no "Select All" and leave some words in English; those
+// show in English.
+static NSString *ToolkitWord(NSString *english) {
+  return [[NSBundle bundleForLibrary:@"gnustep-gui"] localizedStringForKey:english
+                                                                     value:english
+                                                                     table:nil];
+}
+
+// GNUstep gives a menu that is neither the main menu nor a pop-up button's a
+// title bar, drawn black when the title is empty; a menu that pops up at a
+// right click shows only its items on other desktops. This view gives that
+// bar no height.
+@interface VOPContextMenuView : NSMenuView
+@end
+
+@implementation VOPContextMenuView
++ (float)menuBarHeight {
+  return 0;
+}
+@end
 
 // GNUstep offers no menu on a right click in a field; this one has what other
 // toolkits' fields offer. Its items go to the field editor, which is the
@@ -84,10 +114,11 @@ static NSMenu *EditMenu() {
   if (menu)
     return menu;
   menu = [[NSMenu alloc] initWithTitle:@""];
-  [menu addItemWithTitle:@"Cut" action:@selector(cut:) keyEquivalent:@""];
-  [menu addItemWithTitle:@"Copy" action:@selector(copy:) keyEquivalent:@""];
-  [menu addItemWithTitle:@"Paste" action:@selector(paste:) keyEquivalent:@""];
-  [menu addItemWithTitle:@"Select All" action:@selector(selectAll:) keyEquivalent:@""];
+  [menu setMenuRepresentation:[[[VOPContextMenuView alloc] initWithFrame:NSZeroRect] autorelease]];
+  [menu addItemWithTitle:ToolkitWord(@"Cut") action:@selector(cut:) keyEquivalent:@""];
+  [menu addItemWithTitle:ToolkitWord(@"Copy") action:@selector(copy:) keyEquivalent:@""];
+  [menu addItemWithTitle:ToolkitWord(@"Paste") action:@selector(paste:) keyEquivalent:@""];
+  [menu addItemWithTitle:ToolkitWord(@"Select All") action:@selector(selectAll:) keyEquivalent:@""];
   return menu;
 }
 
@@ -115,6 +146,26 @@ static VOPTextField *FieldUnder(NSWindow *window, NSEvent *event) {
              : nil;
 }
 
+// GNUstep centres the top of a menu, where its title bar would be, under the
+// pointer; with no bar the first item would lie there, lit at once and taken
+// by a click that did not aim at it. Other desktops open the menu beside the
+// pointer: below and to the right where the screen has room.
+static void PopUpBesidePointer(NSMenu *menu, NSWindow *window, NSEvent *event) {
+  NSMenuView *view = [menu menuRepresentation];
+  [menu displayTransient];
+  NSPoint pointer = [window convertBaseToScreen:[event locationInWindow]];
+  NSSize size = [[view window] frame].size;
+  NSRect screen = [[window screen] visibleFrame];
+  NSPoint origin = NSMakePoint(pointer.x + 1, pointer.y - 1 - size.height);
+  if (origin.x + size.width > NSMaxX(screen))
+    origin.x = pointer.x - 1 - size.width;
+  if (origin.y < NSMinY(screen))
+    origin.y = pointer.y + 1;
+  [[view window] setFrameOrigin:origin];
+  [view mouseDown:event];
+  [menu closeTransient];
+}
+
 // A right press starts the field's edit, as a left press does, so that the
 // menu's items reach its text. GNUstep's menu closes as the button that opened
 // it is released: opened at the release, it stays up as other toolkits' menus
@@ -126,7 +177,7 @@ static BOOL OfferEditMenu(NSWindow *window, NSEvent *event) {
   if ([event type] == NSRightMouseDown)
     [window makeFirstResponder:field];
   else if ([field currentEditor])
-    [NSMenu popUpContextMenu:[field menu] withEvent:event forView:[field currentEditor]];
+    PopUpBesidePointer([field menu], window, event);
   return YES;
 }
 BOOL HandleEditingEvent(NSWindow *window, NSEvent *event) {

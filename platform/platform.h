@@ -37,7 +37,9 @@
 
 // The panel's window. On GNUstep it gives the controller the keys that move
 // the focus, switch tabs and close the panel before the focused control sees
-// them (platform/keyboard.mm says why); AppKit's own window handles them.
+// them (platform/keyboard.mm says why), and its fields an editor that keeps
+// to whole characters (platform/field_editor.mm); AppKit's own window and
+// field editor do both.
 #ifdef GNUSTEP
 @interface VOPKeyPanel : NSPanel
 @end

@@ -80,9 +80,10 @@ static void ListInWindowSwitchers(NSWindow *window) {
   ChangeState(window, "_NET_WM_STATE_SKIP_PAGER", false);
 }
 
-// The panel has a fixed size, but openbox offered a maximise button that did
-// nothing: the window manager learns from the window's Motif hints which of
-// its actions apply, and GNUstep names none. A dialog is moved and closed.
+// The window manager learns from the window's Motif hints which of its
+// actions apply: a dialog of a fixed size is moved and closed. GNUstep's own
+// hints say so while the window manager draws the title bar, and name no
+// action at all when GNUstep draws its own (GSBackHandlesWindowDecorations NO).
 static void OfferMoveAndCloseOnly(Display *display, Window xwindow) {
   Atom hintsAtom = XInternAtom(display, "_MOTIF_WM_HINTS", False);
   // flags, functions, decorations, input mode, status: as longs, Xlib's 32-bit items.

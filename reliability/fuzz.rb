@@ -486,8 +486,8 @@ module FuzzUserActions
   # A person's keys: moving the focus, pressing what has it, switching tabs,
   # the clipboard keys, and typing into the focused field.
   KEYS = %w[Tab Tab shift+Tab ctrl+Tab ctrl+shift+Tab space Return Escape Up Down Left Right
-            ctrl+a ctrl+c ctrl+x ctrl+v ctrl+z shift+Insert ctrl+Insert shift+Delete cmd+v cmd+q
-            BackSpace 7 0 x].freeze
+            shift+Left shift+Right ctrl+a ctrl+c ctrl+x ctrl+v ctrl+z shift+Insert ctrl+Insert
+            shift+Delete cmd+v cmd+q BackSpace Delete 7 0 x].freeze
   # What waits for a person: an open list (Down or Space on it), the folder chooser.
   WAITING = { "size" => %w[Down space], "preset" => %w[Down space], "choose_folder" => %w[space Return] }.freeze
 

@@ -8,7 +8,11 @@ require_relative "x_session"
 class DesktopInputTest < Minitest::Test
   include XSession
 
-  PLUGIN = (PLUGIN_PRELUDE + "print_points(driver)\n").freeze
+  PLUGIN = (PLUGIN_PRELUDE + "print_points(driver)\nputs JSON.dump(driver.control(:width)[:menu])\n").freeze
+
+  # A person's language as GNUstep reads it (LANGUAGE, as gettext does), and
+  # the name of the toolkit's table of words in it.
+  LANGUAGES = { "en" => "English", "de" => "German" }.freeze
 
   LONG_PATH = "/home/person/projects/a house by the lake/renders/final frames for the client".freeze
 
@@ -16,7 +20,9 @@ class DesktopInputTest < Minitest::Test
     lists_and_editing
   end
 
+  # A person whose desktop speaks German.
   def test_under_openbox
+    @language = "de"
     start_window_manager("openbox")
     lists_and_editing
   end
@@ -33,6 +39,8 @@ class DesktopInputTest < Minitest::Test
     other_program = %w[xdotool search --onlyvisible --name xmessage]
     wait_for("the other program") { output_of(*other_program, check: false) }
     points = start_host
+    menu = next_line
+    assert_equal toolkit_words(LANGUAGES.fetch(language)), menu, "the right click's items"
     click(points["fixed"])
     pick_and_close_lists(points["size"])
     edit_with_clipboard_keys(points, points["folder"])
@@ -71,7 +79,7 @@ class DesktopInputTest < Minitest::Test
   end
 
   def edit_with_clipboard_keys(points, folder)
-    offer_clipboard(LONG_PATH)
+    offer_clipboard("#{LONG_PATH} \u{1F4F7}")
     click(folder)
     before = pixels(folder)
     xdotool("key", "ctrl+a")
@@ -81,22 +89,28 @@ class DesktopInputTest < Minitest::Test
     # Wrapped, the field showed only the last word; on one line, scrolled to
     # the caret, the text fills the field from edge to edge.
     assert_operator inked_columns(shown, folder[2].ceil), :>, 0.45, "the long path stays on one line"
-    # Ctrl+Z takes the paste back and Ctrl+Shift+Z puts it in again, which OK reports.
+    # Ctrl+Z takes the paste back and Ctrl+Shift+Z puts it in again; End leaves the caret after it.
     xdotool("key", "ctrl+z", "ctrl+a", "ctrl+c")
     assert_equal "/renders", wait_for("the folder as it was before the paste") { clipboard == "/renders" && clipboard }
-    xdotool("key", "ctrl+shift+z")
-    # A right click offers Cut, Copy, Paste and Select All under the pointer.
+    xdotool("key", "ctrl+shift+z", "End")
+    # The caret and Backspace step over the camera, a character of two UTF-16 units, whole.
+    xdotool("key", "Left", "x", "BackSpace", "End", "BackSpace", "BackSpace")
+    # A right click offers its items beside the pointer, with no title bar.
     x, y = points["width"]
     click(points["width"])
     xdotool("key", "ctrl+a", "2", "0", "4", "8")
     shown = windows
     xdotool("mousemove", x, y, "click", 3)
-    wait_for("the menu") { (windows - shown).any? }
-    click([x, y + 81], hold: 0.1) # Select All
+    left, top, width, height = geometry(wait_for("the menu") { (windows - shown).first })
+    assert_operator left, :>, x, "the menu opens right of the pointer"
+    assert_operator top, :>, y, "and below it"
+    top_rows = pixels([left + width / 2.0, top + 4, width, 8]).bytes.each_slice(3)
+    assert_operator top_rows.count { |pixel| pixel.sum < 300 }.fdiv(top_rows.size), :<, 0.5, "no black title bar"
+    click([left + width / 2, top + height * 7 / 8], hold: 0.1) # Select All, the last of four
     xdotool("key", "ctrl+c")
     assert_equal "2048", wait_for("the copied width") { clipboard == "2048" && clipboard }
     # The command key's letters and other chords type nothing.
-    xdotool("key", "alt+c", "alt+v", "ctrl+q", "Tab", "ctrl+a", "shift+Insert")
+    xdotool("key", "alt+c", "alt+v", "super+v", "ctrl+q", "Tab", "ctrl+a", "shift+Insert")
   end
 
   # A person who switched to the other program finds the panel with Alt+Tab;
@@ -123,6 +137,32 @@ class DesktopInputTest < Minitest::Test
   def windows
     listing = %w[xdotool search --onlyvisible --name .*]
     wait_for("a list of windows") { output_of(*listing, check: false) }.split
+  end
+
+  def language
+    @language || "en"
+  end
+
+  # The person's languages, as GNUstep reads them.
+  def environment
+    super.merge("LANGUAGE" => language)
+  end
+
+  # The toolkit's words for the menu's items from its table in that language,
+  # English for a word the table lacks, as "Select All" is in all of them.
+  def toolkit_words(table)
+    file = Dir["/usr/{lib,share}/GNUstep/Libraries/gnustep-gui/Versions/*/Resources/#{table}.lproj/Localizable.strings"]
+    text = File.read(file.first)
+    ["Cut", "Copy", "Paste", "Select All"].map do |english|
+      word = text[/^"#{english}" = "([^"]*)";/, 1] || english
+      word.gsub(/\\U(\h{4})/i) { [Regexp.last_match(1).hex].pack("U") }
+    end
+  end
+
+  # Where a window is on the screen: left, top, width and height.
+  def geometry(window)
+    shell = xdotool("getwindowgeometry", "--shell", window)
+    %w[X Y WIDTH HEIGHT].map { |name| shell[/^#{name}=(\d+)/, 1].to_i }
   end
 
   def offer_clipboard(text)

@@ -124,9 +124,10 @@ class DriverTest < Minitest::Test
     Driver.click_cell(:size_mode, 1) # Fixed: the fields are enabled
     Driver.key("shift+Tab") until Driver.focused == "size_mode"
     assert_equal %w[size width], %w[Tab Tab].map { |key| Driver.key(key) || Driver.focused }
-    # Over the selection, then the caret moved left and the digit before it deleted; a chord types nothing.
-    %w[ctrl+a 2 0 4 8 Left BackSpace cmd+q ctrl+w].each { |key| Driver.key(key) }
-    assert_equal "208", text_of(:width)
+    # Over the selection, then the caret moved left, the digit before it deleted, the next
+    # one selected with Shift and typed over; a chord types nothing.
+    %w[ctrl+a 2 0 4 8 Left BackSpace shift+Left 5 cmd+q ctrl+w].each { |key| Driver.key(key) }
+    assert_equal "258", text_of(:width)
     Driver.key("ctrl+Tab")
     assert_equal "background", Driver.focused
   end
