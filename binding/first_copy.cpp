@@ -40,7 +40,8 @@ bool same_build(const char *first, const char *second) {
 
 bool claim_first_copy(VALUE owner, const void *own_symbol) {
   Dl_info info;
-  const char *own_path = dladdr(own_symbol, &info) && info.dli_fname ? info.dli_fname : "";
+  // Finding the symbol, dladdr always names its file.
+  const char *own_path = dladdr(own_symbol, &info) ? info.dli_fname : "";
   ID key = rb_intern(kLoadedFrom);
   if (!rb_ivar_defined(owner, key)) {
     rb_ivar_set(owner, key, rb_str_new_cstr(own_path));

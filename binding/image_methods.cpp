@@ -7,23 +7,10 @@
 
 namespace velmar {
 
-namespace {
-
-// set_output_dimensions' steps after the viewport width has converted.
-struct DimensionsTail {
-  VALUE viewport_height;
-  VALUE mode_text;
-  int32_t converted_height;
-};
-
-VALUE convert_dimensions_tail(VALUE argument) {
-  auto *tail = reinterpret_cast<DimensionsTail *>(argument);
-  tail->converted_height = int32_argument(tail->viewport_height, "viewport_height");
-  warn_if_taken_as_last(tail->mode_text, "mode", kSizeModes);
-  return Qnil;
+// Run under rb_protect by set_output_dimensions, which keeps a raise for later.
+static VALUE viewport_height_argument(VALUE value) {
+  return INT2NUM(int32_argument(value, "viewport_height"));
 }
-
-} // namespace
 
 static VALUE set_output_dimensions(VALUE, VALUE mode, VALUE width, VALUE height,
                                    VALUE viewport_width, VALUE viewport_height) {
@@ -32,13 +19,14 @@ static VALUE set_output_dimensions(VALUE, VALUE mode, VALUE width, VALUE height,
   int32_t w = int32_argument(width, "width");
   int32_t h = int32_argument(height, "height");
   int32_t vw = int32_argument(viewport_width, "viewport_width");
-  // The viewport width is stored even when a later step raises: that raise
-  // is stopped here and goes on once the panel has stored it.
-  DimensionsTail tail{viewport_height, mode_text, 0};
+  // The viewport width is stored even when the height then fails to convert:
+  // that raise waits in `state` until the panel has stored the width.
   int state = 0;
-  rb_protect(convert_dimensions_tail, reinterpret_cast<VALUE>(&tail), &state);
+  VALUE vh = rb_protect(viewport_height_argument, viewport_height, &state);
+  if (!state)
+    warn_if_taken_as_last(mode_text, "mode", kSizeModes);
   panel::OutputDimensions size{
-      kSizeModes.named(word_text(mode_text)), w, h, vw, tail.converted_height, state == 0};
+      kSizeModes.named(word_text(mode_text)), w, h, vw, state ? 0 : NUM2INT(vh), state == 0};
   VALUE exception = attempt([=] { return panel::set_output_dimensions(size); });
   if (state)
     rb_jump_tag(state);

@@ -1,5 +1,7 @@
 // The kinds of control the panel is built from, each with its fixed settings.
-// Controls come back autoreleased: the view that holds one owns it.
+// Controls come back autoreleased: the view that holds one owns it. Text
+// fields and their texts are made in text_fields.mm, radio groups and lists
+// in choice_controls.mm, the others in controls.mm.
 #pragma once
 
 #import <AppKit/AppKit.h>
@@ -9,12 +11,12 @@
 NSString *NSStringFromUtf8(const std::string &text);
 // Never NULL; the text is cut at an embedded NUL, as the toolkit's C strings are.
 std::string Utf8FromNSString(NSString *text);
+NSTextField *MakeTextField(NSRect frame);
 
 // A heading when a font is given, a plain label otherwise; fitted to its text.
 NSTextField *MakeLabel(NSRect frame, NSString *text, NSFont *font);
 NSButton *MakePushButton(NSRect frame, NSString *title, id target, SEL action, BOOL fitted);
 NSButton *MakeCheckBox(NSRect frame, NSString *title, id target);
-NSTextField *MakeTextField(NSRect frame);
 NSComboBox *MakeComboBox(NSRect frame);
 NSBox *MakeSeparator(NSRect frame);
 // Where a slider starts, and where Reset puts it back.
@@ -43,7 +45,8 @@ NSMatrix *MakeRadioGroup(NSRect frame, int rows, int columns, NSArray *titles,
 void SetEnabled(NSControl *control, BOOL enabled);
 
 // Disabling a field aborts an edit in progress, which would drop what the user
-// typed last: the edit is taken into the field first.
+// typed last: the edit is taken into the field first. (Only an enabled field
+// is ever edited, so enabling one finds no edit.)
 void SetFieldEnabled(NSTextField *field, BOOL enabled);
 
 // The width and height the widest and the tallest of the group's cells need.

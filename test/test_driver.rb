@@ -95,6 +95,7 @@ class DriverTest < Minitest::Test
     Driver.reset
     refute Driver.window_state[:visible]
     panel.show
+    panel.preset = "Draft" # a name of the list before the reset
     assert_equal [[[1, 0, 0], [1, 0, 0]], "", 50, 0, [true, false]], user_state
     assert_equal [[], [], false, true], [control(:preset)[:items], heard, enabled?(:width), enabled?(:transparent_background)]
     assert_equal [300, 400], Driver.window_state[:frame].first(2)

@@ -58,6 +58,10 @@ class HostTest < Minitest::Test
       _, err, status = Open3.capture3({ "DISPLAY" => display }, HOST, "plugin.rb")
       assert_equal [1, true], [status.exitstatus, hint.match?(err)], err
     end
+    # A plain ruby meets the toolkit's own failure as a RuntimeError "Name: reason".
+    out, err, = Open3.capture3({ "DISPLAY" => ":4097" }, RbConfig.ruby, "-I", BUILD_DIR, "-rOptionsPanel", "-e",
+                               "begin; Velmar::OptionsPanelWindow.new({}).show; rescue RuntimeError => e; print(e.message); end")
+    assert_match(/\ANSWindowServerCommunicationException: Unable to connect to X Server `:4097'\z/, out, err)
   end
 
   # What `make demo` runs, in German: two screenshots, then OK; the at_exit

@@ -157,6 +157,12 @@ class TestImageSize < Minitest::Test
       throw :converting, :thrown
     end
     assert_equal :thrown, catch(:converting) { @panel.set_output_dimensions("fixed", thrower, 1, 1, 1) }
+    # So does an exception of its own that is no TypeError or RangeError.
+    raiser = Object.new
+    def raiser.to_int
+      raise ArgumentError, "not a size"
+    end
+    assert_equal "not a size", assert_raises(ArgumentError) { @panel.set_output_dimensions("fixed", raiser, 1, 1, 1) }.message
     # The viewport width converts and is stored before the height fails.
     assert_raises(RangeError) { @panel.set_output_dimensions("panorama", 1, 0, 640, 2**40) }
     assert_equal before, size_group

@@ -110,9 +110,10 @@ class ObserversTest < Minitest::Test
   end
 
   def test_an_exception_without_full_message_is_reported_from_its_parts
+    raised_at = __LINE__ + 1 # the report starts where the exception was raised
     observe(:bare) { |e, _| raise BareError, "no full message" if e == "close" }
     _, err = capture_io { Driver.click(:close) }
-    assert_match(/\A\S*test_observers\.rb:\d+:in .*: no full message \(ObserversTest::BareError\)\n\tfrom \S+:\d+:in /,
+    assert_match(/\A\S*test_observers\.rb:#{raised_at}:in .*: no full message \(ObserversTest::BareError\)\n\tfrom \S+:\d+:in /,
                  err)
     panel.show
     observe(:traceless) { |e, _| raise TracelessError, "no trace" if e == "close" }

@@ -13,6 +13,7 @@ class RealInputTest < Minitest::Test
 
   def test_a_person_sets_size_options_and_brightness_and_presses_ok
     points = start_host
+    assert_operator lit(points["viewport"]), :>, 2 * lit(points["fixed"]), "the chosen size mode's circle is filled"
     click(points["fixed"])
     click(points["width"])
     xdotool("type", "--delay", "40", "1280")
@@ -37,5 +38,13 @@ class RealInputTest < Minitest::Test
   def test_the_close_box_closes_without_a_report
     click(start_host["close_box"])
     assert_equal [["close", [1.0]]], events_until_close
+  end
+
+  private
+
+  # How many pixels of a radio cell's circle, at its left end, are white: a
+  # chosen cell's circle is filled.
+  def lit((x, y, width))
+    pixels([x - width / 2 + 9, y, 14, 14]).bytes.each_slice(3).count { |rgb| rgb.sum > 700 }
   end
 end

@@ -26,8 +26,9 @@ class VerboseWarningsTest < Minitest::Test
   end
 
   def test_the_text_tables_keys_the_panel_cannot_use_are_named
-    table = TEXTS.reject { |key, _| key == "opt-tab1-panaroma-rbtn" }
-                 .merge("opt-tab1-panorama-rbtn" => "P", :"opt-ok-btn-title" => "OK", "opt-tab1-jpg-rbtn" => 7)
+    # An unknown key first, where a list of them starts.
+    table = { "opt-tab1-panorama-rbtn" => "P" }.merge(TEXTS.reject { |key, _| key == "opt-tab1-panaroma-rbtn" })
+                                                .merge(:"opt-ok-btn-title" => "OK", "opt-tab1-jpg-rbtn" => 7)
     new = "Velmar::OptionsPanelWindow.new: the text table"
     assert_equal ["#{new} lacks \"opt-tab1-panaroma-rbtn\" (the panel shows these keys instead)",
                   "#{new}'s values of \"opt-tab1-jpg-rbtn\" are not Strings (the panel shows these keys instead)",

@@ -32,17 +32,19 @@ module XSession
     end
 
     # Where the controls are on the screen: a control's middle with the width
-    # and height of what is drawn, or the middle of a radio cell or a tab. A
-    # tab's controls are on the window only while it shows. Printed once a
-    # person can start: the panel drawn and active, its title bar lit (the
-    # test bounds that wait).
+    # and height of what is drawn, the middle of a radio cell with the cell's
+    # width, or the middle of a tab. A tab's controls are on the window only
+    # while it shows. Printed once a person can start: the panel drawn and
+    # active, its title bar lit (the test bounds that wait).
     def print_points(driver)
       place = ->(name) { driver.screen_point(name, nil) + driver.control(name)[:drawn_in_window][2, 2] }
       driver.choose_tab(1)
       points = { "clay" => place.(:clay), "intensity" => place.(:intensity) }
       driver.choose_tab(0)
       %i[size width ok folder choose_folder].each { |name| points[name] = place.(name) }
-      points.update("fixed" => driver.screen_point(:size_mode, 1), "environment" => driver.screen_point(:tabs, 1),
+      cell = [driver.control(:size_mode)[:cell_width]]
+      points.update("viewport" => driver.screen_point(:size_mode, 0) + cell, "fixed" => driver.screen_point(:size_mode, 1) + cell,
+                    "environment" => driver.screen_point(:tabs, 1),
                     "close_box" => driver.screen_point(:close_box, nil))
       driver.process_events until driver.drawn? && driver.window_state[:key] && driver.window_state[:active]
       puts JSON.dump(["points", points])
