@@ -95,10 +95,11 @@ class DesktopInputTest < Minitest::Test
     xdotool("key", "ctrl+shift+z", "End")
     # The caret and Backspace step over the camera, a character of two UTF-16 units, whole.
     xdotool("key", "Left", "x", "BackSpace", "End", "BackSpace", "BackSpace")
-    # A right click offers its items beside the pointer, with no title bar.
+    # A right click on a field that another one's edit left offers its items
+    # beside the pointer, with no title bar, for the field under the pointer.
     x, y = points["width"]
     click(points["width"])
-    xdotool("key", "ctrl+a", "2", "0", "4", "8")
+    xdotool("key", "ctrl+a", "2", "0", "4", "8", "Tab")
     shown = windows
     xdotool("mousemove", x, y, "click", 3)
     left, top, width, height = geometry(wait_for("the menu") { (windows - shown).first })
