@@ -16,7 +16,7 @@ NSTextField *MakeTextField(NSRect frame);
 // A heading when a font is given, a plain label otherwise; fitted to its text.
 NSTextField *MakeLabel(NSRect frame, NSString *text, NSFont *font);
 NSButton *MakePushButton(NSRect frame, NSString *title, id target, SEL action, BOOL fitted);
-NSButton *MakeCheckBox(NSRect frame, NSString *title, id target);
+NSButton *MakeCheckBox(NSRect frame, NSString *title);
 NSComboBox *MakeComboBox(NSRect frame);
 NSBox *MakeSeparator(NSRect frame);
 // Where a slider starts, and where Reset puts it back.

@@ -132,11 +132,10 @@ NSButton *MakePushButton(NSRect frame, NSString *title, id target, SEL action, B
   return button;
 }
 
-NSButton *MakeCheckBox(NSRect frame, NSString *title, id target) {
+NSButton *MakeCheckBox(NSRect frame, NSString *title) {
   NSButton *box = [[[VOPCheckBox alloc] initWithFrame:frame] autorelease];
   SetButtonLook(box, title);
   [box sizeToFit];
-  [box setTarget:target];
   [box setButtonType:NSButtonTypeSwitch];
   return box;
 }

@@ -54,7 +54,7 @@ using namespace velmar;
 }
 
 - (NSButton *)optionBox:(CGFloat)y title:(NSString *)title {
-  return MakeCheckBox(NSMakeRect(210, y, 100, 50), title, self);
+  return MakeCheckBox(NSMakeRect(210, y, 100, 50), title);
 }
 
 @end

@@ -56,7 +56,7 @@ static NSArray *SizeItems() {
                      nullptr, self, @selector(onImageTypeMatrixClicked));
   [controls addObject:aImageTypeLMatrix];
   myTransCButton =
-      MakeCheckBox(NSMakeRect(210, 120, 100, 50), [texts objectAtIndex:kTransparencyBox], self);
+      MakeCheckBox(NSMakeRect(210, 120, 100, 50), [texts objectAtIndex:kTransparencyBox]);
   [controls addObject:myTransCButton];
 
   [controls addObject:MakeLabel(NSMakeRect(205, 90, 100, 50),
