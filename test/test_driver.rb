@@ -130,6 +130,14 @@ class DriverTest < Minitest::Test
     assert_equal "258", text_of(:width)
     Driver.key("ctrl+Tab")
     assert_equal "background", Driver.focused
+    # The focused field disabled by a script while the panel is closed: the
+    # panel opens with the focus on its first control, not on nothing.
+    Driver.key("ctrl+Tab")
+    Driver.key("Tab") until Driver.focused == "width"
+    Driver.click(:close)
+    panel.set_output_dimensions("viewport", 0, 0, 0, 0)
+    panel.show
+    assert_equal "size_mode", Driver.focused
   end
 
   def test_observer_exceptions_are_raised_when_the_test_asks_for_them
