@@ -125,9 +125,10 @@ class DriverTest < Minitest::Test
     Driver.key("shift+Tab") until Driver.focused == "size_mode"
     assert_equal %w[size width], %w[Tab Tab].map { |key| Driver.key(key) || Driver.focused }
     # Over the selection, then the caret moved left, the digit before it deleted, the next
-    # one selected with Shift and typed over; a chord types nothing.
-    %w[ctrl+a 2 0 4 8 Left BackSpace shift+Left 5 cmd+q ctrl+w].each { |key| Driver.key(key) }
-    assert_equal "258", text_of(:width)
+    # one selected with Shift and typed over; a chord types nothing; Up and Down go to
+    # the field's start and end.
+    %w[ctrl+a 2 0 4 8 Left BackSpace shift+Left 5 cmd+q ctrl+w Up 1 Down 9].each { |key| Driver.key(key) }
+    assert_equal "12589", text_of(:width)
     Driver.key("ctrl+Tab")
     assert_equal "background", Driver.focused
     # The focused field disabled by a script while the panel is closed: the
