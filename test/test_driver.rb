@@ -92,6 +92,9 @@ class DriverTest < Minitest::Test
     panel.set_output_dimensions("fixed", 640, 480, 0, 0)
     Driver.choose_tab(1)
     Driver.slide(:intensity, 10)
+    # Moved on the screen, as a person drags it.
+    system("xdotool", "search", "--name", TEXTS["opt-window-title"], "windowmove", "40", "50", exception: true)
+    handle_events_until("the panel moved") { Driver.window_state[:frame].first(2) != [300, 400] }
     Driver.reset
     refute Driver.window_state[:visible]
     panel.show

@@ -102,6 +102,17 @@ module PanelTest
     control(name)[:cells].map { |c| c[:state] }
   end
 
+  # Handles the toolkit's events until the block gives a true value: what
+  # another program, the X server or a window manager sends comes in its own
+  # time. The limit is for a hung test only.
+  def handle_events_until(what)
+    deadline = Time.now + 60
+    until yield
+      flunk("waited 60 s for #{what}") if Time.now > deadline
+      Driver.process_events
+    end
+  end
+
   # Presses OK and returns the payloads by event name.
   def press_ok
     LOG.clear
