@@ -72,6 +72,23 @@ class WindowManagerTest < Minitest::Test
     assert_equal [TITLE], client_list.map(&:last)
   end
 
+  # A user who has GNUstep draw its own title bars has no border of the
+  # window manager's round the panel; the window manager still offers to move
+  # it (Alt+drag, its window menu) and to close it, and nothing else a dialog
+  # of a fixed size could not do.
+  def test_the_window_manager_moves_and_closes_a_panel_whose_title_bar_gnustep_draws
+    FileUtils.mkdir_p(File.join(@temp, "Defaults"))
+    File.write(File.join(@temp, "Defaults", "NSGlobalDomain.plist"), "{ GSBackHandlesWindowDecorations = NO; }\n")
+    start_host
+    assert_equal "= 0, 0, 0, 0", output_of("xprop", "-id", panel_window, "_NET_FRAME_EXTENTS")[/=.*/],
+                 "no border drawn by the window manager"
+    offered = lambda do
+      output_of("xprop", "-id", panel_window, "_NET_WM_ALLOWED_ACTIONS").scan(/_NET_WM_ACTION_(MOVE|CLOSE|RESIZE|MAXIMIZE_\w+)/)
+    end
+    wait_for("the window manager to offer a move") { offered.call.include?(["MOVE"]) }
+    assert_equal %w[CLOSE MOVE], offered.call.flatten.sort
+  end
+
   private
 
   # The windows the window manager lists, as [id, title].
