@@ -12,22 +12,13 @@ static Class ListClass() {
   return objc_lookUpClass("GSComboWindow");
 }
 
-// The flag the list's own notices use to end its loop, then an empty event
-// to wake the loop if it waits for one.
+// The flag the list's own notices use to end its loop. Both callers run
+// while the loop hands on an event (the press outside, the focus leaving the
+// application), and the loop looks at the flag as that event is done.
 static void EndLoop(id list) {
   SEL stop = NSSelectorFromString(@"onWindowEdited:");
   if ([list respondsToSelector:stop])
     [list performSelector:stop withObject:nil];
-  [NSApp postEvent:[NSEvent otherEventWithType:NSApplicationDefined
-                                      location:NSZeroPoint
-                                 modifierFlags:0
-                                     timestamp:0
-                                  windowNumber:0
-                                       context:nil
-                                       subtype:0
-                                         data1:0
-                                         data2:0]
-           atStart:NO];
 }
 
 static IMP SuperMethod(SEL selector) {
