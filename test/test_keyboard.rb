@@ -39,7 +39,11 @@ class KeyboardTest < Minitest::Test
   end
 
   def test_tab_round_both_tabs_space_on_a_box_and_ok
-    assert_equal IMAGE_TAB_ROUND, IMAGE_TAB_ROUND.map { focus_after("Tab") }
+    refute dotted_frame?(@points["size"]), "no focus frame round the size list before it has the focus"
+    assert_equal "size", focus_after("Tab")
+    wait_for("the size list's focus frame") { dotted_frame?(@points["size"]) }
+    assert_equal IMAGE_TAB_ROUND.drop(1), IMAGE_TAB_ROUND.drop(1).map { focus_after("Tab") }
+    wait_for("the size list's focus frame to go") { !dotted_frame?(@points["size"]) }
     assert_equal "preset", focus_after("shift+Tab")
     assert_equal "background", focus_after("ctrl+Tab"), "the focus follows into the Environment tab"
     unfocused = pixels(@points["intensity"])
@@ -126,6 +130,14 @@ class KeyboardTest < Minitest::Test
   # The size the panel reports as OK closes it.
   def output_at_close
     events_until_close.assoc("output_changed").last.first(3)
+  end
+
+  # Whether a dotted line, the toolkit's focus frame, runs along the second
+  # row of the control's drawn area, just inside its edge.
+  def dotted_frame?(area)
+    width = area[2].ceil
+    row = pixels(area).bytes.each_slice(3).to_a[width, width]
+    row.each_cons(2).count { |a, b| a != b } > width / 2
   end
 
   def focus_after(key)
