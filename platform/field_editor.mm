@@ -79,6 +79,13 @@ static NSUInteger JoiningEnd(NSString *text) {
   [super deleteBackward:sender];
 }
 
+- (void)deleteForward:(id)sender {
+  NSRange caret = [self selectedRange];
+  if (caret.length == 0 && caret.location < [[self string] length])
+    [self setSelectedRange:[[self string] rangeOfComposedCharacterSequenceAtIndex:caret.location]];
+  [super deleteForward:sender];
+}
+
 // A field holds one line, where GNUstep's Up and Down looked for the line
 // above or below glyph by glyph: 22 s for 100,000 characters, and a script's
 // megabyte hung the panel. As in AppKit's fields, Up goes to the start and
@@ -99,13 +106,6 @@ static NSUInteger JoiningEnd(NSString *text) {
 - (void)moveDownAndModifySelection:(id)sender {
   NSUInteger start = [self selectedRange].location;
   [self setSelectedRange:NSMakeRange(start, [[self string] length] - start)];
-}
-
-- (void)deleteForward:(id)sender {
-  NSRange caret = [self selectedRange];
-  if (caret.length == 0 && caret.location < [[self string] length])
-    [self setSelectedRange:[[self string] rangeOfComposedCharacterSequenceAtIndex:caret.location]];
-  [super deleteForward:sender];
 }
 
 @end
