@@ -26,6 +26,20 @@ class ClosingTest < Minitest::Test
     end
   end
 
+  # Each edit of a field leaves the caret's blink timer where only a modal
+  # session would drop it: closing drops it, however many sessions a host runs.
+  def test_sessions_of_edits_leave_no_timers_behind
+    counts = Array.new(3) do
+      panel.show
+      Driver.click_cell(:size_mode, 1) # Fixed: the fields take typing
+      Driver.type(:width, "1")
+      Driver.type(:height, "2")
+      Driver.click(:close)
+      Driver.run_loop_timers
+    end
+    assert_equal counts.first, counts.last
+  end
+
   # What the user set survives closing (a setter reaching the closed panel is
   # test_script_class.rb's), and showing it again sends nothing and raises it
   # to the modal panel level.
