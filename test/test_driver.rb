@@ -89,7 +89,7 @@ class DriverTest < Minitest::Test
     hook { |event, _| heard << event }
     Driver.click_cell(:format, 0)
     Driver.click(:transparent_background)
-    panel.set_output_dimensions("fixed", 640, 480, 0, 0)
+    panel.set_output_dimensions("fixed", 640, 480, 800, 600)
     Driver.choose_tab(1)
     Driver.slide(:intensity, 10)
     # Moved on the screen, as a person drags it.
@@ -102,6 +102,9 @@ class DriverTest < Minitest::Test
     assert_equal [[[1, 0, 0], [1, 0, 0]], "", 50, 0, [true, false]], user_state
     assert_equal [[], [], false, true], [control(:preset)[:items], heard, enabled?(:width), enabled?(:transparent_background)]
     assert_equal [300, 400], Driver.window_state[:frame].first(2)
+    # Panorama with no height falls back on the viewport's size, which a new panel does not know.
+    Driver.click_cell(:size_mode, 2)
+    assert_equal %w[0 0], [text_of(:width), text_of(:height)]
   ensure
     panel.observe(LOG)
   end
