@@ -46,10 +46,13 @@ class KeyboardTest < Minitest::Test
     wait_for("the size list's focus frame to go") { !dotted_frame?(@points["size"]) }
     assert_equal "preset", focus_after("shift+Tab")
     assert_equal "background", focus_after("ctrl+Tab"), "the focus follows into the Environment tab"
-    unfocused = pixels(@points["intensity"])
+    # The slider's ring lies just outside what it draws, two pixels above it.
+    ring = ->(x, y, width, height) { dotted_frame?([x, y, width, height + 6]) }
+    refute ring.(*@points["intensity"]), "no focus ring round the slider before it has the focus"
     assert_equal ENVIRONMENT_TAB_ROUND.first, focus_after("Tab")
-    wait_for("the slider's focus ring") { pixels(@points["intensity"]) != unfocused }
+    wait_for("the slider's focus ring") { ring.(*@points["intensity"]) }
     assert_equal ENVIRONMENT_TAB_ROUND.drop(1), ENVIRONMENT_TAB_ROUND.drop(1).map { focus_after("Tab") }
+    wait_for("the slider's focus ring to go") { !ring.(*@points["intensity"]) }
     assert_equal "clay", Array.new(6) { focus_after("Tab") }.last
 
     box = -> { pixels(@points["clay"]) }
