@@ -119,6 +119,13 @@ class KeyboardTest < Minitest::Test
                  "a click picks 1024 x 768 (without it the keys reach 640 x 480), then the keys two items on"
   end
 
+  # A label is no control: a click on it selects none of its text and leaves
+  # the focus where it was.
+  def test_a_click_on_a_label_leaves_the_focus_where_it_was
+    click(@points["width_label"])
+    assert_equal "size", focus_after("Tab")
+  end
+
   # A script that disables the field being typed in leaves no control with the
   # focus; backwards from there is the last control, as forwards is the first.
   def test_shift_tab_after_the_script_disables_the_focused_field

@@ -42,6 +42,15 @@ module XSession
       points = { "clay" => place.(:clay), "intensity" => place.(:intensity) }
       driver.choose_tab(0)
       %i[size width ok folder choose_folder].each { |name| points[name] = place.(name) }
+      # The width field's label, where it lies beside the field: a point with no control of its own.
+      field = driver.control(:width)[:drawn_in_window]
+      label = driver.tab_views(0).find do |view|
+        box = view[:drawn_in_window]
+        view[:class] == "NSTextField" && box[0] < field[0] && (box[1] + box[3] / 2 - field[1] - field[3] / 2).abs < 3
+      end[:drawn_in_window]
+      x, y = driver.screen_point(:width, nil)
+      points["width_label"] = [x + label[0] + label[2] / 2 - field[0] - field[2] / 2,
+                               y - label[1] - label[3] / 2 + field[1] + field[3] / 2] + label[2, 2]
       cell = [driver.control(:size_mode)[:cell_width]]
       points.update("viewport" => driver.screen_point(:size_mode, 0) + cell, "fixed" => driver.screen_point(:size_mode, 1) + cell,
                     "environment" => driver.screen_point(:tabs, 1),
