@@ -17,7 +17,7 @@ Outcome fetch(const PanelTexts &texts) {
     // host's next turn of its event loop, where a setter that built the panel
     // would leave it.
     [[controller window] displayIfNeeded];
-    FindButtonImages(@[ controller->m_pButton, controller->myClayCButton ]);
+    FindPushButtonImages(controller->m_pButton);
   });
 }
 

@@ -168,35 +168,28 @@ struct ShortImageSearch {
 };
 #endif
 
-// A button finds the images of a look (lit, focused, disabled) when it first
-// draws it, which may be long after the short image search has ended and
-// would map ImageMagick's coders into the host (12 MiB). So each kind of
-// button draws its other looks once now, into an image that is thrown away.
-static inline void FindButtonImages(NSArray *buttons) {
+// A push button finds the images of a look (lit, focused, disabled) when it
+// first draws it, which may be long after the short image search has ended
+// and would map ImageMagick's coders into the host (12 MiB). So one push
+// button draws its other looks once now, into an image that is thrown away,
+// and the theme keeps the images for all of them. (Check boxes and radio
+// buttons draw every look with images that their first drawing finds.)
+static inline void FindPushButtonImages(NSButton *button) {
 #ifdef GNUSTEP
-  for (NSButton *button in buttons) {
-    NSButtonCell *cell = [button cell];
-    NSRect bounds = [button bounds];
-    NSImage *scratch = [[NSImage alloc] initWithSize:bounds.size];
-    [scratch lockFocus];
-    if ([cell isBordered]) {
-      for (int look = GSThemeNormalState + 1; look <= GSThemeSelectedState; ++look)
-        [[GSTheme theme] drawButton:bounds
-                                 in:cell
-                               view:button
-                              style:[cell bezelStyle]
-                              state:(GSThemeControlState)look];
-    } else {
-      BOOL lit = [cell isHighlighted];
-      [cell setHighlighted:YES];
-      [cell drawWithFrame:bounds inView:button];
-      [cell setHighlighted:lit];
-    }
-    [scratch unlockFocus];
-    [scratch release];
-  }
+  NSButtonCell *cell = [button cell];
+  NSRect bounds = [button bounds];
+  NSImage *scratch = [[NSImage alloc] initWithSize:bounds.size];
+  [scratch lockFocus];
+  for (int look = GSThemeNormalState + 1; look <= GSThemeSelectedState; ++look)
+    [[GSTheme theme] drawButton:bounds
+                             in:cell
+                           view:button
+                          style:[cell bezelStyle]
+                          state:(GSThemeControlState)look];
+  [scratch unlockFocus];
+  [scratch release];
 #else
-  (void)buttons;
+  (void)button;
 #endif
 }
 
