@@ -173,7 +173,7 @@ static void PopUpBesidePointer(NSMenu *menu, NSWindow *window, NSEvent *event) {
 static BOOL OfferEditMenu(NSWindow *window, NSEvent *event) {
   VOPTextField *field = FieldUnder(window, event);
   if (!field)
-    return NO;
+    return NO; // off the fields, for the toolkit as any right click
   if ([event type] == NSRightMouseDown)
     [window makeFirstResponder:field];
   else if ([field currentEditor])
