@@ -100,7 +100,8 @@ class DriverTest < Minitest::Test
     panel.show
     panel.preset = "Draft" # a name of the list before the reset
     assert_equal [[[1, 0, 0], [1, 0, 0]], "", 50, 0, [true, false]], user_state
-    assert_equal [[], [], false, true], [control(:preset)[:items], heard, enabled?(:width), enabled?(:transparent_background)]
+    assert_equal [[], "", [], false, true],
+                 [control(:preset)[:items], text_of(:preset), heard, enabled?(:width), enabled?(:transparent_background)]
     assert_equal [300, 400], Driver.window_state[:frame].first(2)
     # Panorama with no height falls back on the viewport's size, which a new panel does not know.
     Driver.click_cell(:size_mode, 2)

@@ -92,6 +92,7 @@ class LayoutInEveryLanguageTest < Minitest::Test
   end
 
   def test_every_title_whole_nothing_overlapping_nothing_outside
+    list_gap = nil
     LANGUAGES.each do |language|
       state = panel_with(texts_of(language))
       assert_equal [300, 400], state["window"]["frame"].first(2), "#{language}: the window keeps its origin"
@@ -100,6 +101,10 @@ class LayoutInEveryLanguageTest < Minitest::Test
         assert_operator t["label_width"], :<=, t["drawn_in_window"][2] + TAB_STEP, "#{language}: #{t['label']} cut"
         assert inside?(t["drawn_in_window"], tab_view), "#{language}: tab #{t['label']} outside the tab view"
       end
+      # The preset list reaches as near the tab view's right edge as in English.
+      list = state["tabs"][0]["header"].find { |v| v["class"] == "NSComboBox" }["drawn_in_window"]
+      list_gap ||= tab_view[0] + tab_view[2] - list[0] - list[2]
+      assert_equal list_gap, tab_view[0] + tab_view[2] - list[0] - list[2], "#{language}: the preset list's right end"
       window = [0, 0] + state["window"]["content"].last(2)
       state["tabs"].each_with_index do |tab, index|
         assert_nothing_overlaps_or_sticks_out(tab, window, "#{language}, tab #{index}")
