@@ -119,5 +119,10 @@ class ObserversTest < Minitest::Test
     observe(:traceless) { |e, _| raise TracelessError, "no trace" if e == "close" }
     _, err = capture_io { Driver.click(:close) }
     assert_match(/^no trace \(ObserversTest::TracelessError\)$/, err)
+    panel.show
+    one_place = BareError.new("one place").tap { |x| x.set_backtrace(["plugin.rb:3"]) }
+    observe(:one_place) { |e, _| raise one_place if e == "close" }
+    _, err = capture_io { Driver.click(:close) }
+    assert_match(/^plugin\.rb:3: one place \(ObserversTest::BareError\)$/, err)
   end
 end
