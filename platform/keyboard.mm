@@ -35,7 +35,7 @@ static const unichar kEscapeKey = 0x1b;
 static BOOL PopUpListIsOpen() {
   for (NSWindow *window in [NSApp windows])
     if ([window isVisible] && [window level] == NSPopUpMenuWindowLevel)
-      return YES;
+      return YES; // a list's window
   return NO;
 }
 

@@ -130,5 +130,6 @@ class LayoutInEveryLanguageTest < Minitest::Test
                   header["OK"].first(2), header["Close"].first(2)]
     separators = state["tabs"].map { |tab| tab["tab"].find { |v| v["class"] == "NSBox" }["frame"] }
     assert_equal [[190, 10, 10, 180]] * 2, separators
+    assert_equal [340, 10, 40, 40], state["tabs"][0]["tab"].find { |v| v["text"] == "..." }["frame"], "the folder's button"
   end
 end
