@@ -47,7 +47,7 @@ static BOOL OpenComboListFromKey(NSComboBox *combo) {
   if (![[combo cell] respondsToSelector:open])
     return NO;
   [[combo cell] performSelector:open withObject:combo];
-  return YES;
+  return YES; // the key opened the list
 }
 
 @implementation OptionsPanel (GNUstepKeys)
