@@ -319,18 +319,33 @@ end
 
 # Survivors that no test could see, each with its reason.
 class KnownSurvivors
-  Entry = Struct.new(:file, :from, :to, :why)
+  Entry = Struct.new(:file, :from, :to, :why, :sites)
 
   def initialize(path)
     @entries = File.exist?(path) ? parse(File.read(path)) : []
   end
 
   def reason(mutant)
-    entry = @entries.find { |e| e.file == mutant.file && e.from == mutant.from && e.to == mutant.to }
+    entry = @entries.find { |e| names?(e, mutant) }
     entry&.why
   end
 
+  # The entries that name no mutant the sources can make (their code has
+  # gone) or another number than they say (a line written the same in several
+  # places; `sites` counts them, 1 if not given): a reason must not excuse a
+  # survivor it was not written for.
+  def unmatched(mutants)
+    @entries.filter_map do |e|
+      count = mutants.count { |m| names?(e, m) }
+      "#{e.file}: `#{e.from}` -> `#{e.to}` names #{count} mutants, not #{e.sites}" unless count == e.sites
+    end
+  end
+
   private
+
+  def names?(entry, mutant)
+    entry.file == mutant.file && entry.from == mutant.from && entry.to == mutant.to
+  end
 
   def parse(text)
     text.split(/\n\s*\n/).filter_map do |block|
@@ -338,7 +353,7 @@ class KnownSurvivors
         key, value = l.split(":", 2)
         h[key.strip] = value.to_s.strip if value
       end
-      Entry.new(fields["file"], fields["from"], fields["to"], fields["why"]) if fields["file"]
+      Entry.new(fields["file"], fields["from"], fields["to"], fields["why"], Integer(fields["sites"] || 1)) if fields["file"]
     end
   end
 end
@@ -358,6 +373,10 @@ class Sampler
 
   def site_count
     @lines.sum(&:size)
+  end
+
+  def mutants
+    @lines.flatten.map { |site| Mutant.new(site, @sources[site.file]) }
   end
 
   def line_count
@@ -503,6 +522,9 @@ class MutationRun
     puts "check-mutants: replay key #{@options[:key]}, #{@options[:count]} mutants " \
          "(of #{sampler.site_count} sites on #{sampler.line_count} lines)"
     puts "replay with: ruby scripts/check-mutants.rb --key #{@options[:key]} --count #{@options[:count]}"
+    unmatched = @known.unmatched(sampler.mutants)
+    abort "check-mutants: each entry of #{Mutants::KNOWN_FILE} must name one mutant:\n  #{unmatched.join("\n  ")}" \
+      unless unmatched.empty?
     return list(sampler) if @options[:list]
 
     @workspace.lock
