@@ -93,8 +93,8 @@ class DesktopInputTest < Minitest::Test
     xdotool("key", "ctrl+z", "ctrl+a", "ctrl+c")
     assert_equal "/renders", wait_for("the folder as it was before the paste") { clipboard == "/renders" && clipboard }
     xdotool("key", "ctrl+shift+z", "End")
-    # The caret and Backspace step over the camera, a character of two UTF-16 units, whole.
-    xdotool("key", "Left", "x", "BackSpace", "End", "BackSpace", "BackSpace")
+    # The caret, Delete and Backspace step over the camera, a character of two UTF-16 units, whole.
+    xdotool("key", "Left", "Right", "Left", "x", "Delete", "BackSpace", "BackSpace")
     menu_beside_the_screen_edge(folder) unless @config
     # A right click on a field that another one's edit left offers its items
     # beside the pointer, with no title bar, for the field under the pointer.
