@@ -133,6 +133,7 @@ class KeyboardTest < Minitest::Test
     File.write(File.join(@temp, "viewport"), "")
     assert_equal ["focus", nil], next_line
     assert_equal "close", focus_after("shift+Tab")
+    assert_equal %w[preset size_mode format], Array.new(3) { focus_after("Tab") }, "Tab passes the disabled size controls"
   end
 
   private
