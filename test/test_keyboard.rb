@@ -119,6 +119,14 @@ class KeyboardTest < Minitest::Test
                  "a click picks 1024 x 768 (without it the keys reach 640 x 480), then the keys two items on"
   end
 
+  # Tab moves the focus as it goes down, as in every toolkit, not as it is let go.
+  def test_tab_acts_as_it_goes_down
+    xdotool("keydown", "Tab")
+    assert_equal ["focus", "size"], next_line
+  ensure
+    xdotool("keyup", "Tab")
+  end
+
   # A label is no control: a click on it selects none of its text and leaves
   # the focus where it was.
   def test_a_click_on_a_label_leaves_the_focus_where_it_was
